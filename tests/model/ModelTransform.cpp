@@ -1,0 +1,48 @@
+#include "tests/model/ModelTransform.h"
+
+#include "tests/model/ModelIntegers.h"
+
+#include <algorithm>
+
+namespace Vostrel::model {
+
+namespace {
+
+// Row k is the basis vector of frequency k.
+constexpr int Basis[8][8] = {{1, 1, 1, 1, 1, 1, 1, 1},     {10, 9, 6, 2, -2, -6, -9, -10},
+                             {3, 1, -1, -3, -3, -1, 1, 3}, {9, -2, -10, -6, 6, 10, 2, -9},
+                             {1, -1, -1, 1, 1, -1, -1, 1}, {6, -10, 2, 9, -9, -2, 10, -6},
+                             {1, -3, 3, -1, -1, 3, -3, 1}, {2, -6, 9, -10, 10, -9, 6, -2}};
+
+/// What the row pass keeps of a sum in 16 bits.
+int64_t StoreBetweenPasses(int64_t value, KernelRule rule) {
+    if (rule == KernelRule::Portable)
+        return Wrap16(value);
+    return std::clamp<int64_t>(value, -32768, 32767);
+}
+
+} // namespace
+
+TileTable InverseTransform(const TileTable& coefficients, KernelRule rule) {
+    TileTable rows{};
+    for (size_t v = 0; v < 8; ++v) {
+        for (size_t x = 0; x < 8; ++x) {
+            int64_t sum = 0;
+            for (size_t u = 0; u < 8; ++u)
+                sum += Basis[u][x] * coefficients[8 * v + u];
+            rows[8 * v + x] = StoreBetweenPasses(sum, rule);
+        }
+    }
+    TileTable samples{};
+    for (size_t y = 0; y < 8; ++y) {
+        for (size_t x = 0; x < 8; ++x) {
+            int64_t sum = 0;
+            for (size_t v = 0; v < 8; ++v)
+                sum += Basis[v][y] * rows[8 * v + x];
+            samples[8 * y + x] = std::clamp<int64_t>(FloorShift(sum, 6) + 128, 0, 255);
+        }
+    }
+    return samples;
+}
+
+} // namespace Vostrel::model
