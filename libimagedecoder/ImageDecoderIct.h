@@ -1,0 +1,130 @@
+#pragma once
+
+#include "libimagedecoder/AlignedMemory.h"
+#include "libimagedecoder/HuffmanYCbCrDcAc.h"
+#include "libimagedecoder/IctTiles.h"
+#include "libimagedecoder/InverseTransform/IInverseIct.h"
+#include "libimagedecoder/MacroblockDecoder.h"
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+namespace Vostrel::libimagedecoder {
+
+/// Decoder of the ICT encoding: macroblocks of 8x8 tiles, each tile coded like a block of a
+/// baseline JPEG picture, but over an integer cosine transform.
+///
+/// The code tables stay as they are from construction on; the dequantisation tables change with the
+/// quality level of an update, before its first macroblock. Jobs only read them.
+class ImageDecoderIct : public MacroblockDecoder {
+public:
+    /// What a 16-bit peek decodes to.
+    struct huff_entry_t {
+        uint8_t size;       ///< DC: category; AC: bit size of the coefficient; 0xFF while unfilled
+        uint8_t run;        ///< AC: zeros before the coefficient
+        uint8_t stallCount; ///< how many of the 16 bits are not part of the code
+        uint16_t stallBits; ///< those bits
+    };
+
+    /// Renderer, stream and logger are not owned and must outlive the decoder.
+    /// threads: workers of the pool, 0..1024; only protocol version 2 can use them.
+    /// Throws std::invalid_argument for arguments out of range, std::bad_alloc.
+    ImageDecoderIct(ImageDecoderRenderer* renderer, IStreambuffer* stream, ILogger* logger,
+                    unsigned long threads, unsigned int protocolVersion,
+                    unsigned int chromaSubsampling);
+
+    /// The same with a given transform instead of the fastest one.
+    ImageDecoderIct(ImageDecoderRenderer* renderer, IStreambuffer* stream, ILogger* logger,
+                    unsigned long threads, unsigned int protocolVersion,
+                    unsigned int chromaSubsampling,
+                    std::shared_ptr<InverseTransform::InverseIct::IInverseIct> inverseIct);
+
+    void SetResolution(unsigned short width, unsigned short height) override;
+
+    /// Decodes the bits of one tile into 64 dequantised coefficients in the transform's order.
+    /// coefficients: 64 values, aligned as the transform wants them, all overwritten.
+    /// dcPredictor: the component's running DC level, updated.
+    /// dequant: the component's table, indexed by coefficient slot.
+    /// Returns false, with nothing changed, for the marker by which an encoder aborts an update.
+    /// Throws ImageDecoderException "StreamError" for a coefficient behind the 64th, and what the
+    /// reader throws.
+    bool HuffmannDecodeReorderDequantTile(BitStreamReader* reader, short* coefficients,
+                                          int* dcPredictor, const int* dequant,
+                                          const huff_entry_t* dcTable,
+                                          const huff_entry_t* acTable) const;
+
+    /// Fills a table of 65536 entries, all bytes 0xFF on entry, so that every 16-bit index leads to
+    /// the code that it starts with; indexes above the last code lead to the last code.
+    static void
+    CreateHuffDecodeTableFromEncodeTable(std::vector<huff_entry_t>& decodeTable,
+                                         const HuffmanYCbCrDcAc::HuffCodeEntry* encodeTable,
+                                         size_t symbols);
+
+    /// One dequantisation multiplier: the step of a coefficient times norm, as a fixed-point number
+    /// with fracBits fractional bits.
+    static int64_t CalcDequantDenormDescaleTableValue(unsigned int quant, double scale,
+                                                      unsigned char shift, unsigned char fracBits,
+                                                      double norm);
+
+    /// The tables that updates decode with, for whoever wants to look at them.
+    const std::array<uint8_t, TileCoefficients>& GetReorderTable() const { return m_auiReorder; }
+    const std::array<int32_t, TileCoefficients>& GetDequantTable(IctComponent component) const {
+        return component == ComponentY ? m_aiLumDequant : m_aiChromaDequant;
+    }
+    const std::vector<huff_entry_t>& GetDcTable(IctComponent component) const {
+        return component == ComponentY ? m_vDcLuminance : m_vDcChrominance;
+    }
+    const std::vector<huff_entry_t>& GetAcTable(IctComponent component) const {
+        return component == ComponentY ? m_vAcLuminance : m_vAcChrominance;
+    }
+
+protected:
+    uint64_t HandleUpdateImplementation(unsigned int quality, unsigned short reserved,
+                                        unsigned short x, unsigned short y, unsigned short width,
+                                        unsigned short height) override;
+
+private:
+    using DcPredictors = std::array<int, ComponentCount>;
+    using DrawFunction = void (ImageDecoderRenderer::*)(unsigned short, unsigned short,
+                                                        unsigned short, unsigned short,
+                                                        unsigned long, unsigned long,
+                                                        unsigned char*, unsigned char*,
+                                                        unsigned char*, const bool*);
+    class Update;
+    using ScheduleFunction = UpdateJobs::Function (Update::*)(MacroblockJob&);
+
+    /// What differs between the subsamplings.
+    struct Variant {
+        IctTiles m_Tiles;
+        ScheduleFunction m_pSchedule;
+        DrawFunction m_pDraw;
+    };
+
+    uint64_t HandleUpdateImplementation420(const UpdateRectangle& rectangle);
+    uint64_t HandleUpdateImplementation422(const UpdateRectangle& rectangle);
+    uint64_t HandleUpdateImplementation444(const UpdateRectangle& rectangle);
+    uint64_t HandleUpdateImplementation4xx(const UpdateRectangle& rectangle,
+                                           const Variant& variant);
+
+    void SetQuality(unsigned int quality);
+    void HookUpTileIndexZigZagAndReorderTable();
+    void HookUpHuffDecodeTables();
+    void HookUpDequantDenormDescaleTiles();
+
+    std::shared_ptr<InverseTransform::InverseIct::IInverseIct> m_pInverseIct;
+    AlignedArray<int16_t> m_piCoefficients; ///< one block of 64 per worker
+    std::array<AlignedArray<uint8_t>, ComponentCount> m_apuiPlanes;
+
+    std::array<uint8_t, TileCoefficients> m_auiReorder{}; ///< scan position -> coefficient slot
+    uint8_t m_uiQualityLevel = 0xFF;                      ///< 0xFF: no dequantisation tables yet
+    std::array<int32_t, TileCoefficients> m_aiLumDequant{};
+    std::array<int32_t, TileCoefficients> m_aiChromaDequant{};
+    std::vector<huff_entry_t> m_vDcLuminance;
+    std::vector<huff_entry_t> m_vAcLuminance;
+    std::vector<huff_entry_t> m_vDcChrominance;
+    std::vector<huff_entry_t> m_vAcChrominance;
+};
+
+} // namespace Vostrel::libimagedecoder

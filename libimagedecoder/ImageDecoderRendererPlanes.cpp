@@ -1,0 +1,77 @@
+#include "libimagedecoder/ImageDecoderRenderer.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace Vostrel::libimagedecoder {
+namespace {
+
+/// One plane on its way into a plane framebuffer.
+struct PlaneCopy {
+    const unsigned char* m_pucSource;
+    size_t m_uiSourceStride;
+    unsigned char* m_pucDestination;
+    size_t m_uiDestinationStride;
+    size_t m_uiWidth; ///< samples to copy in a row
+    size_t m_uiHeight;
+    size_t m_uiBlockWidth; ///< samples of a macroblock in this plane
+    size_t m_uiBlockHeight;
+};
+
+void CopyUnskipped(const PlaneCopy& copy, const bool* skipMask, size_t maskStride) {
+    for (size_t row = 0; row < copy.m_uiHeight; ++row) {
+        const bool* const skip = skipMask + row / copy.m_uiBlockHeight * maskStride;
+        const unsigned char* const source = copy.m_pucSource + row * copy.m_uiSourceStride;
+        unsigned char* const destination = copy.m_pucDestination + row * copy.m_uiDestinationStride;
+        for (size_t column = 0; column < copy.m_uiWidth; column += copy.m_uiBlockWidth) {
+            if (!skip[column / copy.m_uiBlockWidth])
+                std::memcpy(destination + column, source + column,
+                            std::min(copy.m_uiBlockWidth, copy.m_uiWidth - column));
+        }
+    }
+}
+
+} // namespace
+
+void ImageDecoderRenderer::FinalizeYCbCr420(const Planes& planes) {
+    FinalizeYCbCr4xx<2, 2>(planes);
+}
+
+void ImageDecoderRenderer::FinalizeYCbCr422(const Planes& planes) {
+    FinalizeYCbCr4xx<2, 1>(planes);
+}
+
+void ImageDecoderRenderer::FinalizeYCbCr444(const Planes& planes) {
+    FinalizeYCbCr4xx<1, 1>(planes);
+}
+
+/// Viewers expect an odd placement in whole-frame mode: the rectangle's position moves the source,
+/// as if it had the framebuffer's width, while the destination starts at its first byte; and the
+/// chroma source moves by half of the luma offset in every subsampling. Whole macroblocks are
+/// copied. What would come from outside the framebuffer is cut off, which also keeps the reads
+/// inside the decoder's planes.
+template <size_t ChromaDivX, size_t ChromaDivY>
+void ImageDecoderRenderer::FinalizeYCbCr4xx(const Planes& planes) {
+    const UpdateRectangle& rectangle = planes.m_Rectangle;
+    const Placement placement = PlaceInFramebuffer(rectangle);
+    const size_t width =
+        std::min(RoundedUpToMacroblocks(rectangle.m_uiWidth), placement.m_uiVisibleWidth);
+    const size_t height = std::min<size_t>(rectangle.m_uiHeight, placement.m_uiVisibleHeight);
+    const size_t chromaHeight = std::min((rectangle.m_uiHeight + ChromaDivY - 1) / ChromaDivY,
+                                         placement.m_uiVisibleHeight / ChromaDivY);
+    const size_t maskStride = rectangle.MacroblockColumns();
+
+    CopyUnskipped({planes.m_pucY + placement.m_uiOffset, planes.m_uiLumaStride, m_pucFramebufferY,
+                   placement.m_uiStride, width, height, MacroblockEdge, MacroblockEdge},
+                  planes.m_pbSkipMask, maskStride);
+    const auto copyChroma = [&](const unsigned char* source, unsigned char* destination) {
+        CopyUnskipped({source + placement.m_uiOffset / 2, planes.m_uiChromaStride, destination,
+                       placement.m_uiStride / ChromaDivX, width / ChromaDivX, chromaHeight,
+                       MacroblockEdge / ChromaDivX, MacroblockEdge / ChromaDivY},
+                      planes.m_pbSkipMask, maskStride);
+    };
+    copyChroma(planes.m_pucCb, m_pucFramebufferCb);
+    copyChroma(planes.m_pucCr, m_pucFramebufferCr);
+}
+
+} // namespace Vostrel::libimagedecoder

@@ -1,0 +1,102 @@
+#pragma once
+
+#include <cstdint>
+#include <emmintrin.h>
+
+namespace Vostrel::libimagedecoder::InverseTransform::InverseIct {
+
+// What the SSE2 and the AVX2 variant share, over a register type with a few operations (Lanes). In
+// an unnamed namespace on purpose: each variant compiles its own copy with its own instruction set.
+// With external linkage the linker would keep one copy, maybe the AVX2 one, for both.
+//
+// A 32-bit sum is at most 33 times a 16-bit value; only the packs back to 16 bits saturate.
+namespace {
+
+/// Frequencies in the order 0, 2, 4, 6, 1, 3, 5, 7 within each row put the partners of every
+/// multiply-add into one 32-bit lane.
+constexpr unsigned char EvenFirstPermutation[64] = {
+    0,  4,  1,  5,  2,  6,  3,  7,  8,  12, 9,  13, 10, 14, 11, 15, 16, 20, 17, 21, 18, 22,
+    19, 23, 24, 28, 25, 29, 26, 30, 27, 31, 32, 36, 33, 37, 34, 38, 35, 39, 40, 44, 41, 45,
+    42, 46, 43, 47, 48, 52, 49, 53, 50, 54, 51, 55, 56, 60, 57, 61, 58, 62, 59, 63};
+
+constexpr std::int32_t Pair(int low, int high) {
+    return static_cast<std::int32_t>((static_cast<std::uint32_t>(high) << 16) |
+                                     (static_cast<std::uint32_t>(low) & 0xFFFF));
+}
+
+enum FrequencyPair { Pair02, Pair46, Pair13, Pair57, PairCount };
+
+/// Basis vectors of a pair of frequencies at the sample positions 0 to 3. The positions 7 to 4 have
+/// the same values, negated at odd frequencies.
+constexpr std::int32_t Basis[PairCount][4] = {
+    {Pair(1, 3), Pair(1, 1), Pair(1, -1), Pair(1, -3)},
+    {Pair(1, 1), Pair(-1, -3), Pair(-1, 3), Pair(1, -1)},
+    {Pair(10, 9), Pair(9, -2), Pair(6, -10), Pair(2, -6)},
+    {Pair(6, 2), Pair(-10, -6), Pair(2, 9), Pair(9, -10)},
+};
+
+/// What a pair of frequencies adds to the samples 0 to 3 of each row.
+template <FrequencyPair Frequencies, typename Lanes>
+inline typename Lanes::Register RowProduct(typename Lanes::Register rows) {
+    return Lanes::MultiplyAdd(Lanes::template SpreadLane<Frequencies>(rows),
+                              Lanes::SpreadFour(Basis[Frequencies]));
+}
+
+/// Row pass of the rows in a register: their samples 0 to 7, saturated to 16 bits.
+template <typename Lanes>
+inline typename Lanes::Register InverseRows(typename Lanes::Register rows) {
+    const auto even = Lanes::Add(RowProduct<Pair02, Lanes>(rows), RowProduct<Pair46, Lanes>(rows));
+    const auto odd = Lanes::Add(RowProduct<Pair13, Lanes>(rows), RowProduct<Pair57, Lanes>(rows));
+    return Lanes::Pack(Lanes::Add(even, odd), Lanes::ReverseLanes(Lanes::Sub(even, odd)));
+}
+
+/// Column pass of as many columns as a register has 32-bit lanes. rows: the row results of each
+/// frequency pair, interleaved. y: the 32-bit samples of the rows 0 to 7.
+template <typename Lanes>
+inline void InverseColumns(const typename Lanes::Register (&rows)[PairCount],
+                           typename Lanes::Register (&y)[8]) {
+    for (int n = 0; n < 4; ++n) {
+        const auto product = [&rows, n](FrequencyPair pair) {
+            return Lanes::MultiplyAdd(rows[pair], Lanes::Spread(Basis[pair][n]));
+        };
+        const auto even = Lanes::Add(product(Pair02), product(Pair46));
+        const auto odd = Lanes::Add(product(Pair13), product(Pair57));
+        y[n] = Lanes::Add(even, odd);
+        y[7 - n] = Lanes::Sub(even, odd);
+    }
+}
+
+/// Two rows of 16-bit column results a register become unsigned bytes: the scaling shift, the clamp
+/// to signed bytes and the level shift by 128.
+template <typename Lanes>
+inline typename Lanes::Register PackSamples(typename Lanes::Register a,
+                                            typename Lanes::Register b) {
+    return Lanes::PackBytesLevelShifted(Lanes::template ShiftRight<6>(a),
+                                        Lanes::template ShiftRight<6>(b));
+}
+
+inline void StoreTwoRows(unsigned char* destination, unsigned long stride, __m128i rows) {
+    _mm_storel_epi64(reinterpret_cast<__m128i*>(destination), rows);
+    _mm_storeh_pi(reinterpret_cast<__m64*>(destination + stride), _mm_castsi128_ps(rows));
+}
+
+/// True if no coefficient but the first is set.
+template <typename Lanes, int Count>
+inline bool IsFlatTile(const typename Lanes::Register (&coefficients)[Count]) {
+    auto rest = Lanes::WithoutFirst(coefficients[0]);
+    for (int n = 1; n < Count; ++n)
+        rest = Lanes::Or(rest, coefficients[n]);
+    return Lanes::IsZero(rest);
+}
+
+/// Such a tile is one value. After quantisation it is the most frequent tile by far.
+inline void StoreFlatTile(unsigned char* destination, unsigned long stride, short first) {
+    const __m128i wide = _mm_srai_epi16(_mm_set1_epi16(first), 6);
+    const __m128i samples = _mm_xor_si128(_mm_packs_epi16(wide, wide), _mm_set1_epi8(-128));
+    for (unsigned long row = 0; row < 8; row += 2)
+        StoreTwoRows(destination + row * stride, stride, samples);
+}
+
+} // namespace
+
+} // namespace Vostrel::libimagedecoder::InverseTransform::InverseIct

@@ -1,0 +1,112 @@
+#include "libimagedecoder/MacroblockDecoder.h"
+
+#include "libimagedecoder/ILogger.h"
+#include "libimagedecoder/ImageDecoderException.h"
+#include "libthread/ThreadPool.h"
+
+#include <algorithm>
+#include <stdexcept>
+
+namespace Vostrel::libimagedecoder {
+namespace {
+
+constexpr unsigned long MaxThreads = 1024;
+
+/// Zero bytes that follow a job's record, so that the 16-bit peek at its last code finds bytes.
+constexpr size_t SegmentSlackBytes = 4;
+
+constexpr uint32_t ShortCountBits = 6;
+
+} // namespace
+
+MacroblockDecoder::MacroblockDecoder(ImageDecoderRenderer* renderer, IStreambuffer* stream,
+                                     ILogger* logger, unsigned long threads,
+                                     unsigned int protocolVersion, unsigned int chromaSubsampling)
+    : IImageDecoder(renderer, stream, logger, protocolVersion, chromaSubsampling) {
+    if (threads > MaxThreads)
+        throw std::invalid_argument("A decoder uses at most 1024 threads");
+}
+
+void MacroblockDecoder::CreateJobs(unsigned long threads, const char* encoding) {
+    std::unique_ptr<libthread::ThreadPool> pool;
+    if (threads != 0 && m_uiProtocolVersion >= 2 && libthread::ThreadPool::isSupported()) {
+        m_pLogger->Log("Using multithreaded parallel %s decoder with %u threads.", encoding,
+                       static_cast<unsigned int>(threads));
+        pool = std::make_unique<libthread::ThreadPool>(threads);
+        m_uiDrivingWorker = static_cast<unsigned int>(threads);
+    } else {
+        m_pLogger->Log("Using singlethreaded %s decoder.", encoding);
+    }
+    m_pJobs = std::make_unique<UpdateJobs>(std::move(pool), m_uiDrivingWorker);
+}
+
+void MacroblockDecoder::ResizeSegmentStore(unsigned short width, unsigned short height) {
+    m_vecSegmentStore.resize(size_t{width} * height / 2);
+    m_uiSegmentStoreUsed = 0;
+}
+
+void MacroblockDecoder::CommitResolution(unsigned short width, unsigned short height) {
+    m_uiWidth = width;
+    m_uiHeight = height;
+}
+
+void MacroblockDecoder::ThrowStreamError() {
+    throw ImageDecoderException("StreamError");
+}
+
+void MacroblockDecoder::CheckRectangle(const UpdateRectangle& rectangle) const {
+    if (rectangle.m_uiWidth > RoundedUpToMacroblocks(m_uiWidth) ||
+        rectangle.m_uiHeight > RoundedUpToMacroblocks(m_uiHeight))
+        ThrowStreamError();
+}
+
+/// One entry per macroblock in row order, all of them unchanged until the walk finds them coded.
+bool* MacroblockDecoder::PrepareSkipMask(size_t macroblocks) {
+    if (macroblocks > m_uiSkipMaskSize) {
+        m_pbSkipMask = std::make_unique<bool[]>(macroblocks);
+        m_uiSkipMaskSize = macroblocks;
+    }
+    std::fill_n(m_pbSkipMask.get(), macroblocks, true);
+    return m_pbSkipMask.get();
+}
+
+/// 0: count 0. 10 and six bits: count 0..63. 11 and a long count, whose all-ones value ends the
+/// update.
+MacroblockDecoder::SkipCode MacroblockDecoder::ReadSkipCode() {
+    if (ReadStreamBit() == 0)
+        return {0, 1};
+    if (ReadStreamBit() == 0)
+        return {static_cast<int32_t>(ReadStreamBits(ShortCountBits)), 2 + ShortCountBits};
+    const uint32_t count = ReadStreamBits(m_uiLongCountBits);
+    return {count == m_uiLongCountEscape ? -1 : static_cast<int32_t>(count), 2 + m_uiLongCountBits};
+}
+
+/// Gives a job its own copy of a record of recordBytes. The reader holds the record's first bytes
+/// already, fieldBits of them used up by the skip code and the length; its counters go to the job,
+/// and the reader starts afresh at the byte behind the record.
+void MacroblockDecoder::CutSegment(MacroblockJob& record, size_t recordBytes, uint32_t fieldBits) {
+    const size_t fetchedBytes = (HeldBits() + fieldBits) / 8;
+    if (recordBytes < fetchedBytes)
+        ThrowStreamError();
+    const size_t copiedBytes = recordBytes - fetchedBytes;
+    record.m_uiSegmentBytes = recordBytes + SegmentSlackBytes;
+    record.m_puiSegment = TakeSegment(record, record.m_uiSegmentBytes);
+    m_pStream->CopyBytes(record.m_puiSegment, copiedBytes);
+    std::fill(record.m_puiSegment + copiedBytes, record.m_puiSegment + record.m_uiSegmentBytes,
+              uint8_t{0});
+    record.m_ReaderState = GetState();
+    SetState({});
+}
+
+/// Memory for a segment: from the segment store while it has room, else the record's own.
+uint8_t* MacroblockDecoder::TakeSegment(MacroblockJob& record, size_t bytes) {
+    if (m_vecSegmentStore.size() - m_uiSegmentStoreUsed < bytes) {
+        record.m_puiOwned = std::make_unique_for_overwrite<uint8_t[]>(bytes);
+        return record.m_puiOwned.get();
+    }
+    uint8_t* const segment = m_vecSegmentStore.data() + m_uiSegmentStoreUsed;
+    m_uiSegmentStoreUsed += bytes;
+    return segment;
+}
+
+} // namespace Vostrel::libimagedecoder
