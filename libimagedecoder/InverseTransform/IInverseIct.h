@@ -48,9 +48,10 @@ public:
     /// The column pass drops this many bits, so coefficients carry them as fraction.
     virtual std::uint8_t GetScalingAsShift() const;
 
-protected:
+    /// What GetNormalizationFactors returns.
     static const double s_afNormalizationCoefficients[8];
 
+protected:
     ILogger* m_pLogger;
 };
 

@@ -1,0 +1,45 @@
+#include "tools/PngFile.h"
+#include "tests/tools/Screens.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <stdexcept>
+
+namespace Vostrel::streamencoder {
+namespace {
+
+TEST(PngFile, PicturesComeBackAsWritten) {
+    Picture picture(3, 2);
+    picture.At(0, 0) = {1, 2, 3};
+    picture.At(2, 1) = {255, 128, 0};
+    const std::string path = testing::TempDir() + "PngFileTest.png";
+    WritePng(path, picture);
+    const Picture read = ReadPng(path);
+    std::remove(path.c_str());
+    EXPECT_EQ(read.m_uiWidth, 3U);
+    EXPECT_EQ(read.m_uiHeight, 2U);
+    EXPECT_EQ(read.m_vPixels, picture.m_vPixels);
+}
+
+TEST(PngFile, ReadsPaletteScreensAsRgb) {
+    const Picture console = Screen("console-720x400-00");
+    EXPECT_EQ(console.m_uiWidth, 720U);
+    EXPECT_EQ(console.m_uiHeight, 400U);
+    EXPECT_EQ(console.At(719, 399), (RgbPixel{0, 0, 0}));
+}
+
+TEST(PngFile, FailuresNameThePath) {
+    const std::string path = testing::TempDir() + "no/such/folder/x.png";
+    for (const bool write : {true, false}) {
+        try {
+            write ? WritePng(path, Picture(1, 1)) : void(ReadPng(path));
+            ADD_FAILURE() << "no exception";
+        } catch (const std::runtime_error& error) {
+            EXPECT_EQ(std::string(error.what()).find(path + ": "), 0U) << error.what();
+        }
+    }
+}
+
+} // namespace
+} // namespace Vostrel::streamencoder
