@@ -65,6 +65,8 @@ void ImageDecoderRenderer::ApplyContrastEnhancement(unsigned short width, unsign
     const unsigned char* const lut = GetContrastLut(valueSizeBits);
     if (lut == nullptr || m_iContrastEnhance >> (8 - valueSizeBits) == 0)
         return;
+    // Samples that are deeper than they are said to be must not lead out of the table.
+    const unsigned int levelMask = (1u << valueSizeBits) - 1;
     const size_t maskStride = MacroblocksAcross(width);
     for (size_t y = 0; y < height; ++y) {
         const bool* const skip = skipMask + y / MacroblockEdge * maskStride;
@@ -74,7 +76,7 @@ void ImageDecoderRenderer::ApplyContrastEnhancement(unsigned short width, unsign
                 continue;
             const size_t right = std::min<size_t>(left + MacroblockEdge, width);
             for (size_t x = left; x < right; ++x)
-                row[x] = lut[row[x]];
+                row[x] = lut[row[x] & levelMask];
         }
     }
 }

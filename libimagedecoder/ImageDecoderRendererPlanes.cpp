@@ -57,8 +57,15 @@ void ImageDecoderRenderer::FinalizeYCbCr4xx(const Planes& planes) {
     const size_t width =
         std::min(RoundedUpToMacroblocks(rectangle.m_uiWidth), placement.m_uiVisibleWidth);
     const size_t height = std::min<size_t>(rectangle.m_uiHeight, placement.m_uiVisibleHeight);
-    const size_t chromaHeight = std::min((rectangle.m_uiHeight + ChromaDivY - 1) / ChromaDivY,
-                                         placement.m_uiVisibleHeight / ChromaDivY);
+    const size_t chromaStride = placement.m_uiStride / ChromaDivX;
+    // A packed rectangle has rows of its own width, so only its framebuffer's size bounds it.
+    const size_t chromaRoom =
+        (m_usFramebufferWidth / ChromaDivX) * (m_usFramebufferHeight / ChromaDivY);
+    const size_t visibleChromaHeight = m_bRectangleRelative
+                                           ? chromaRoom / std::max<size_t>(chromaStride, 1)
+                                           : placement.m_uiVisibleHeight / ChromaDivY;
+    const size_t chromaHeight =
+        std::min((rectangle.m_uiHeight + ChromaDivY - 1) / ChromaDivY, visibleChromaHeight);
     const size_t maskStride = rectangle.MacroblockColumns();
 
     CopyUnskipped({planes.m_pucY + placement.m_uiOffset, planes.m_uiLumaStride, m_pucFramebufferY,
@@ -66,8 +73,8 @@ void ImageDecoderRenderer::FinalizeYCbCr4xx(const Planes& planes) {
                   planes.m_pbSkipMask, maskStride);
     const auto copyChroma = [&](const unsigned char* source, unsigned char* destination) {
         CopyUnskipped({source + placement.m_uiOffset / 2, planes.m_uiChromaStride, destination,
-                       placement.m_uiStride / ChromaDivX, width / ChromaDivX, chromaHeight,
-                       MacroblockEdge / ChromaDivX, MacroblockEdge / ChromaDivY},
+                       chromaStride, width / ChromaDivX, chromaHeight, MacroblockEdge / ChromaDivX,
+                       MacroblockEdge / ChromaDivY},
                       planes.m_pbSkipMask, maskStride);
     };
     copyChroma(planes.m_pucCb, m_pucFramebufferCb);
