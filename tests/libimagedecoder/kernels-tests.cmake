@@ -1,0 +1,7 @@
+# Tests of the kernels and their choice, for the library's test program.
+set(KERNEL_TEST_SOURCES
+    CpuArchTest.cpp
+    KernelFactoryTest.cpp
+    InverseTransform/InverseIctTest.cpp
+    YCbCr4xxToArgb32/YCbCr4xxToArgb32Test.cpp)
+set(KERNEL_TEST_LIBS vostrel_imagedecoder model_decoder)
