@@ -35,9 +35,15 @@ final class DemoPlan {
                     new Way(2, C444, 2, 15));
     private static final List<Way> LBE_WAYS =
             List.of(
-                    new Way(0, C420, 0, 4),
-                    new Way(1, C422, 0, 7),
-                    new Way(2, C444, 0, 9),
+                    new Way(0, C420, 0, 2),
+                    new Way(0, C422, 0, 3),
+                    new Way(0, C444, 0, 4),
+                    new Way(1, C420, 0, 5),
+                    new Way(1, C422, 0, 6),
+                    new Way(1, C444, 0, 7),
+                    new Way(2, C420, 0, 8),
+                    new Way(2, C422, 2, 9),
+                    new Way(2, C420, 2, 10),
                     new Way(2, C444, 2, 11));
 
     private DemoPlan() {}

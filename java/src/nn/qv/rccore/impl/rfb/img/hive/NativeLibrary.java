@@ -6,7 +6,7 @@ import java.nio.file.Path;
 public final class NativeLibrary {
     /**
      * System property with the path of the shared object, for a viewer that brings its own. Without
-     * it the JVM searches {@code java.library.path} for {@code libimagedecoder.so}.
+     * it the JVM looks for {@code libimagedecoder.so} where it looks for every native library.
      */
     public static final String PATH_PROPERTY = "nn.qv.imagedecoder.path";
 
