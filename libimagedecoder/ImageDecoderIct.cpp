@@ -3,7 +3,6 @@
 #include "libimagedecoder/ImageDecoderException.h"
 #include "libimagedecoder/ImageDecoderRenderer.h"
 #include "libimagedecoder/InverseTransform/InverseIctFactory.h"
-#include "libimagedecoder/StreambufferArray.h"
 
 #include <algorithm>
 #include <utility>
@@ -80,10 +79,7 @@ private:
 
 void ImageDecoderIct::Update::DecodeJob(MacroblockJob& record, IctTiles tiles,
                                         unsigned int worker) {
-    m_Decoder.m_pJobs->Guarded(record, [&] {
-        StreambufferArray segment(m_Decoder.m_pLogger, record.m_puiSegment,
-                                  record.m_uiSegmentBytes);
-        BitStreamReader reader(&segment, record.m_ReaderState);
+    m_Decoder.DecodeSegment(record, [&](BitStreamReader& reader) {
         DcPredictors predictors{};
         Decode(reader, record.m_Macroblock, tiles, predictors, worker);
     });

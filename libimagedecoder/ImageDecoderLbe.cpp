@@ -1,7 +1,6 @@
 #include "libimagedecoder/ImageDecoderLbe.h"
 
 #include "libimagedecoder/ImageDecoderRenderer.h"
-#include "libimagedecoder/StreambufferArray.h"
 
 #include <algorithm>
 #include <utility>
@@ -42,10 +41,12 @@ public:
 private:
     // Two references fit into a std::function without an allocation.
     UpdateJobs::Function ScheduleDecodeTile(MacroblockJob& record) {
-        return [this, &record](unsigned int /*worker*/) { DecodeJob(record); };
+        return [this, &record](unsigned int /*worker*/) {
+            m_Decoder.DecodeSegment(
+                record, [&](BitStreamReader& reader) { Decode(reader, record.m_Macroblock); });
+        };
     }
 
-    void DecodeJob(MacroblockJob& record);
     void Decode(BitStreamReader& reader, const Macroblock& block);
     void StoreLuma(const Macroblock& block, const uint16_t* samples);
     void StoreChroma(const Macroblock& block, const uint16_t* samples);
@@ -56,15 +57,6 @@ private:
     size_t m_uiLumaStride;
     size_t m_uiChromaStride;
 };
-
-void ImageDecoderLbe::Update::DecodeJob(MacroblockJob& record) {
-    m_Decoder.m_pJobs->Guarded(record, [&] {
-        StreambufferArray segment(m_Decoder.m_pLogger, record.m_puiSegment,
-                                  record.m_uiSegmentBytes);
-        BitStreamReader reader(&segment, record.m_ReaderState);
-        Decode(reader, record.m_Macroblock);
-    });
-}
 
 void ImageDecoderLbe::Update::Decode(BitStreamReader& reader, const Macroblock& block) {
     LbePlaneBuffer buffer;

@@ -3,6 +3,7 @@
 #include "libimagedecoder/ChangedArea.h"
 #include "libimagedecoder/IImageDecoder.h"
 #include "libimagedecoder/Macroblock.h"
+#include "libimagedecoder/StreambufferArray.h"
 #include "libimagedecoder/UpdateJobs.h"
 
 #include <cstddef>
@@ -63,10 +64,13 @@ protected:
     template <class Codec>
     uint64_t DecodeMacroblocks(const UpdateRectangle& rectangle, Codec& codec);
 
+    /// Runs decode(BitStreamReader&) over a record's own bytes, on whatever thread a job is on.
+    /// What it throws is kept for the driving thread.
+    template <class Decode>
+    void DecodeSegment(MacroblockJob& record, Decode decode);
+
     /// Throws ImageDecoderException "StreamError".
     [[noreturn]] static void ThrowStreamError();
-
-    std::unique_ptr<UpdateJobs> m_pJobs;
 
 private:
     /// A run of unchanged macroblocks before the next coded one; -1 when no coded one follows.
@@ -92,6 +96,7 @@ private:
     unsigned int m_uiDrivingWorker = 0;
     std::unique_ptr<bool[]> m_pbSkipMask; ///< kept from update to update, grown when needed
     size_t m_uiSkipMaskSize = 0;
+    std::unique_ptr<UpdateJobs> m_pJobs;
 };
 
 template <class Codec>
@@ -139,6 +144,15 @@ void MacroblockDecoder::DecodeCoded(const Macroblock& macroblock, uint32_t skipC
     record.m_Macroblock = macroblock;
     CutSegment(record, length.m_uiBytes, skipCodeBits + length.m_uiBits);
     m_pJobs->Add(codec.Schedule(record));
+}
+
+template <class Decode>
+void MacroblockDecoder::DecodeSegment(MacroblockJob& record, Decode decode) {
+    m_pJobs->Guarded(record, [&] {
+        StreambufferArray segment(m_pLogger, record.m_puiSegment, record.m_uiSegmentBytes);
+        BitStreamReader reader(&segment, record.m_ReaderState);
+        decode(reader);
+    });
 }
 
 } // namespace Vostrel::libimagedecoder
