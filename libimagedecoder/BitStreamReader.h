@@ -45,6 +45,7 @@ public:
     /// the reader unchanged, when the window would hold more than 16 bits.
     void StallStreamBits(uint32_t count, uint32_t bits);
 
+    IStreambuffer& GetStream() { return *m_pStream; }
     const BitReaderState& GetState() const { return *this; }
     void SetState(const BitReaderState& state) { static_cast<BitReaderState&>(*this) = state; }
 

@@ -48,6 +48,12 @@ public:
     /// padding are not given back, and the position never moves before the start of the window.
     void GiveBackBytes(size_t count);
 
+    /// The current window, for whoever reads ahead in it and then tells how far: GetSize() bytes.
+    const uint8_t* GetWindow() const { return m_puiData; }
+
+    /// Moves within the current window; position is at most GetSize().
+    void SetPosition(size_t position) { m_uiPosition = position; }
+
     size_t GetSize() const { return m_uiSize; }
     size_t GetPosition() const { return m_uiPosition; }
     size_t GetPaddingCount() const { return m_uiPaddingCount; }

@@ -1,5 +1,6 @@
 #include "libimagedecoder/ImageDecoderIct.h"
 
+#include "libimagedecoder/IctTileCursor.h"
 #include "libimagedecoder/ImageDecoderException.h"
 #include "libimagedecoder/ImageDecoderRenderer.h"
 #include "libimagedecoder/InverseTransform/InverseIctFactory.h"
@@ -89,16 +90,26 @@ void ImageDecoderIct::Update::Decode(BitStreamReader& reader, const Macroblock& 
                                      IctTiles tiles, DcPredictors& predictors,
                                      unsigned int worker) {
     int16_t* const coefficients = &m_Decoder.m_piCoefficients[worker * TileCoefficients];
+    IInverseIct& transform = *m_Decoder.m_pInverseIct;
+    IctTileCursor cursor(reader);
     for (const IctTile& tile : tiles) {
         const IctComponent component = tile.m_Component;
-        if (!m_Decoder.HuffmannDecodeReorderDequantTile(
-                &reader, coefficients, &predictors[component],
-                m_Decoder.GetDequantTable(component).data(), m_Decoder.GetDcTable(component).data(),
-                m_Decoder.GetAcTable(component).data()))
+        const IctTileTables tables = m_Decoder.GetTileTables(component);
+        int& predictor = predictors[component];
+        uint8_t* const destination = Destination(macroblock, tile);
+        const auto outcome = cursor.DecodeTile(tables, predictor, coefficients);
+        if (outcome == IctTileCursor::Outcome::Flat) {
+            transform.TransformFlatTile(coefficients[0], destination, Stride(component));
+            continue;
+        }
+        if (outcome == IctTileCursor::Outcome::Declined &&
+            !m_Decoder.HuffmannDecodeReorderDequantTile(&reader, coefficients, &predictor,
+                                                        m_Decoder.GetDequantTable(component).data(),
+                                                        tables.m_pDc, tables.m_pAc))
             ThrowStreamError();
-        m_Decoder.m_pInverseIct->TransformTile(coefficients, Destination(macroblock, tile),
-                                               Stride(component));
+        transform.TransformTile(coefficients, destination, Stride(component));
     }
+    cursor.GiveBack();
 }
 
 uint8_t* ImageDecoderIct::Update::Destination(const Macroblock& macroblock,
@@ -129,6 +140,11 @@ ImageDecoderIct::ImageDecoderIct(ImageDecoderRenderer* renderer, IStreambuffer* 
                                                 m_pInverseIct->GetDataAlignmentBytes());
     HookUpTileIndexZigZagAndReorderTable();
     HookUpHuffDecodeTables();
+}
+
+IctTileTables ImageDecoderIct::GetTileTables(IctComponent component) const {
+    return {component == ComponentY ? &m_LumaFastTables : &m_ChromaFastTables,
+            GetDcTable(component).data(), GetAcTable(component).data()};
 }
 
 void ImageDecoderIct::SetResolution(unsigned short width, unsigned short height) {

@@ -2,6 +2,8 @@
 
 #include "libimagedecoder/AlignedMemory.h"
 #include "libimagedecoder/HuffmanYCbCrDcAc.h"
+#include "libimagedecoder/IctFastTables.h"
+#include "libimagedecoder/IctHuffEntry.h"
 #include "libimagedecoder/IctTiles.h"
 #include "libimagedecoder/InverseTransform/IInverseIct.h"
 #include "libimagedecoder/MacroblockDecoder.h"
@@ -13,6 +15,8 @@
 
 namespace Vostrel::libimagedecoder {
 
+struct IctTileTables;
+
 /// Decoder of the ICT encoding: macroblocks of 8x8 tiles, each tile coded like a block of a
 /// baseline JPEG picture, but over an integer cosine transform.
 ///
@@ -20,13 +24,7 @@ namespace Vostrel::libimagedecoder {
 /// quality level of an update, before its first macroblock. Jobs only read them.
 class ImageDecoderIct : public MacroblockDecoder {
 public:
-    /// What a 16-bit peek decodes to.
-    struct huff_entry_t {
-        uint8_t size;       ///< DC: category; AC: bit size of the coefficient; 0xFF while unfilled
-        uint8_t run;        ///< AC: zeros before the coefficient
-        uint8_t stallCount; ///< how many of the 16 bits are not part of the code
-        uint16_t stallBits; ///< those bits
-    };
+    using huff_entry_t = libimagedecoder::huff_entry_t;
 
     /// Renderer, stream and logger are not owned and must outlive the decoder.
     /// threads: workers of the pool, 0..1024; only protocol version 2 can use them.
@@ -79,6 +77,7 @@ public:
     const std::vector<huff_entry_t>& GetAcTable(IctComponent component) const {
         return component == ComponentY ? m_vAcLuminance : m_vAcChrominance;
     }
+    IctTileTables GetTileTables(IctComponent component) const;
 
 protected:
     uint64_t HandleUpdateImplementation(unsigned int quality, unsigned short reserved,
@@ -125,6 +124,10 @@ private:
     std::vector<huff_entry_t> m_vAcLuminance;
     std::vector<huff_entry_t> m_vDcChrominance;
     std::vector<huff_entry_t> m_vAcChrominance;
+    IctFastTables m_LumaFastTables{HuffmanYCbCrDcAc::s_aDcLuminance,
+                                   HuffmanYCbCrDcAc::s_aAcLuminance};
+    IctFastTables m_ChromaFastTables{HuffmanYCbCrDcAc::s_aDcChrominance,
+                                     HuffmanYCbCrDcAc::s_aAcChrominance};
 };
 
 } // namespace Vostrel::libimagedecoder

@@ -78,6 +78,8 @@ void ImageDecoderIct::HookUpDequantDenormDescaleTiles() {
         m_aiLumDequant[slot] = multiplier(IctCodingTables::s_aLumQuantBaseTile[position]);
         m_aiChromaDequant[slot] = multiplier(IctCodingTables::s_aChromaQuantBaseTile[position]);
     }
+    m_LumaFastTables.SetDequantisation(m_auiReorder, m_aiLumDequant);
+    m_ChromaFastTables.SetDequantisation(m_auiReorder, m_aiChromaDequant);
 }
 
 void ImageDecoderIct::SetQuality(unsigned int quality) {

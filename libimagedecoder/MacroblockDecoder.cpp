@@ -82,18 +82,24 @@ MacroblockDecoder::SkipCode MacroblockDecoder::ReadSkipCode() {
 }
 
 /// Gives a job its own copy of a record of recordBytes. The reader holds the record's first bytes
-/// already, fieldBits of them used up by the skip code and the length; its counters go to the job,
-/// and the reader starts afresh at the byte behind the record.
+/// already, fieldBits of them used up by the skip code and the length. Its counters go to the job,
+/// with the bytes that they come from in front of the copied ones, so that a job's stream looks
+/// like any other; and the reader starts afresh at the byte behind the record.
 void MacroblockDecoder::CutSegment(MacroblockJob& record, size_t recordBytes, uint32_t fieldBits) {
     const size_t fetchedBytes = (HeldBits() + fieldBits) / 8;
     if (recordBytes < fetchedBytes)
         ThrowStreamError();
     const size_t copiedBytes = recordBytes - fetchedBytes;
-    record.m_uiSegmentBytes = recordBytes + SegmentSlackBytes;
+    const size_t heldBytes = (HeldBits() + 7) / 8;
+    record.m_uiSegmentBytes = heldBytes + recordBytes + SegmentSlackBytes;
+    record.m_uiHeldBytes = heldBytes;
     record.m_puiSegment = TakeSegment(record, record.m_uiSegmentBytes);
-    m_pStream->CopyBytes(record.m_puiSegment, copiedBytes);
-    std::fill(record.m_puiSegment + copiedBytes, record.m_puiSegment + record.m_uiSegmentBytes,
-              uint8_t{0});
+    uint8_t* const copied = record.m_puiSegment + heldBytes;
+    m_pStream->CopyBytes(copied, copiedBytes);
+    std::fill(copied + copiedBytes, record.m_puiSegment + record.m_uiSegmentBytes, uint8_t{0});
+    uint64_t held = uint64_t{m_uiWindow} << m_uiReserveBits | m_uiReserve;
+    for (uint8_t* byte = copied; byte != record.m_puiSegment; held >>= 8)
+        *--byte = static_cast<uint8_t>(held);
     record.m_ReaderState = GetState();
     SetState({});
 }

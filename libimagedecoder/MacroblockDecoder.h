@@ -150,6 +150,7 @@ template <class Decode>
 void MacroblockDecoder::DecodeSegment(MacroblockJob& record, Decode decode) {
     m_pJobs->Guarded(record, [&] {
         StreambufferArray segment(m_pLogger, record.m_puiSegment, record.m_uiSegmentBytes);
+        segment.SetPosition(record.m_uiHeldBytes);
         BitStreamReader reader(&segment, record.m_ReaderState);
         decode(reader);
     });

@@ -20,8 +20,9 @@ namespace Vostrel::libimagedecoder {
 /// One macroblock that is decoded apart from the stream, from its own copy of its bytes.
 struct MacroblockJob {
     Macroblock m_Macroblock{};
-    uint8_t* m_puiSegment = nullptr;       ///< the copied bytes, then zeros
-    size_t m_uiSegmentBytes = 0;           ///< bytes of both
+    uint8_t* m_puiSegment = nullptr;       ///< bytes that the reader held, copied bytes, then zeros
+    size_t m_uiHeldBytes = 0;              ///< where the copied bytes start
+    size_t m_uiSegmentBytes = 0;           ///< of all three together
     std::unique_ptr<uint8_t[]> m_puiOwned; ///< holds the segment when the store had no room
     BitReaderState m_ReaderState;          ///< bits that the stream's reader had fetched already
     std::exception_ptr m_pFailure;         ///< what the job threw, for the driving thread

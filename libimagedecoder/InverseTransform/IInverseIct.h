@@ -48,6 +48,10 @@ public:
     /// The column pass drops this many bits, so coefficients carry them as fraction.
     virtual std::uint8_t GetScalingAsShift() const;
 
+    /// What TransformTile makes of a tile in which only the coefficient 0 is set: 64 equal samples.
+    virtual void TransformFlatTile(short coefficient, unsigned char* destination,
+                                   unsigned long stride) const = 0;
+
     /// What GetNormalizationFactors returns.
     static const double s_afNormalizationCoefficients[8];
 

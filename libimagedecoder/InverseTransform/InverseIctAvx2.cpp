@@ -101,6 +101,11 @@ void InverseIctAvx2::TransformTile(short* coefficients, unsigned char* destinati
     StoreFourRows(destination + 4 * stride, stride, y + 4);
 }
 
+void InverseIctAvx2::TransformFlatTile(short coefficient, unsigned char* destination,
+                                       unsigned long stride) const {
+    StoreFlatTile(destination, stride, coefficient);
+}
+
 bool InverseIctAvx2::IsAccelerated() const {
     return true;
 }

@@ -89,6 +89,11 @@ void InverseIctSse2::TransformTile(short* coefficients, unsigned char* destinati
                                            Lanes128::Pack(left[row + 1], right[row + 1])));
 }
 
+void InverseIctSse2::TransformFlatTile(short coefficient, unsigned char* destination,
+                                       unsigned long stride) const {
+    StoreFlatTile(destination, stride, coefficient);
+}
+
 bool InverseIctSse2::IsAccelerated() const {
     return true;
 }

@@ -5,7 +5,9 @@ set(UNIT_TEST_SOURCES
     ContrastTest.cpp
     ILoggerTest.cpp
     IctCodingTablesTest.cpp
+    IctFastTablesTest.cpp
     IctTablesTest.cpp
+    IctTileCursorTest.cpp
     IctTileTest.cpp
     IctUpdateTest.cpp
     ImageDecoderExceptionTest.cpp

@@ -145,6 +145,17 @@ TEST_P(InverseIctVariant, EveryDcValueGivesAFlatTile) {
     }
 }
 
+TEST_P(InverseIctVariant, AFlatTileIsWhatItsOneCoefficientTransformsTo) {
+    for (int dc = -32768; dc <= 32767; ++dc) {
+        std::array<unsigned char, 8 * 11> samples;
+        samples.fill(0xA5);
+        m_pKernel->TransformFlatTile(static_cast<short>(dc), samples.data(), 11);
+        const int sample = std::clamp((dc >> 6) + 128, 0, 255);
+        for (std::size_t n = 0; n < samples.size(); ++n)
+            ASSERT_EQ(samples[n], n % 11 < 8 ? sample : 0xA5) << dc << " at " << n;
+    }
+}
+
 TEST_P(InverseIctVariant, DcIsFlooredNotRounded) {
     EXPECT_EQ(Transform(OnlyDc(-1)), Uniform(127));
     EXPECT_EQ(Transform(OnlyDc(63)), Uniform(128));

@@ -1,0 +1,201 @@
+#include "libimagedecoder/IctTileCursor.h"
+#include "libimagedecoder/ImageDecoderException.h"
+#include "libimagedecoder/ImageDecoderIct.h"
+#include "libimagedecoder/ImageDecoderRenderer.h"
+#include "tests/support/PiecewiseStreambuffer.h"
+#include "tests/support/Random.h"
+#include "tests/support/RecordingLogger.h"
+
+#include <array>
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
+
+namespace Vostrel::libimagedecoder {
+
+namespace {
+
+using Outcome = IctTileCursor::Outcome;
+
+/// Everything that can be seen after a tile.
+struct Sight {
+    std::string error;
+    bool aborted = false;
+    int predictor = 0;
+    std::array<int16_t, TileCoefficients> coefficients{};
+
+    bool operator==(const Sight&) const = default;
+};
+
+/// One reader over a stream in pieces.
+struct Road {
+    explicit Road(const std::vector<uint8_t>& bytes, size_t capacity) {
+        m_Stream.Load(bytes, capacity);
+    }
+
+    tests::PiecewiseStreambuffer m_Stream{nullptr};
+    BitStreamReader m_Reader{&m_Stream, 0, 0, 0, 0};
+    int m_iPredictor = 0;
+};
+
+class IctTileCursorTest : public testing::Test {
+protected:
+    IctTileCursorTest() {
+        // A first update builds the dequantisation tables of its quality.
+        m_UpdateStream.Load({0xFF, 0xFF, 0xFF}, 3);
+        m_Decoder.HandleUpdate(9, 0, 0, 0, 0, 0);
+    }
+
+    Sight DecodePlain(Road& road, IctComponent component) {
+        Sight sight;
+        try {
+            sight.aborted = !m_Decoder.HuffmannDecodeReorderDequantTile(
+                &road.m_Reader, sight.coefficients.data(), &road.m_iPredictor,
+                m_Decoder.GetDequantTable(component).data(), m_Decoder.GetDcTable(component).data(),
+                m_Decoder.GetAcTable(component).data());
+        } catch (const ImageDecoderException& error) {
+            sight.error = error.what();
+        }
+        sight.predictor = road.m_iPredictor;
+        return sight;
+    }
+
+    Sight DecodeFast(Road& road, IctTileCursor& cursor, IctComponent component) {
+        Sight sight;
+        sight.coefficients.fill(77);
+        const Outcome outcome = cursor.DecodeTile(m_Decoder.GetTileTables(component),
+                                                  road.m_iPredictor, sight.coefficients.data());
+        if (outcome == Outcome::Declined)
+            return DecodePlain(road, component);
+        if (outcome == Outcome::Flat)
+            std::fill(sight.coefficients.begin() + 1, sight.coefficients.end(), int16_t{0});
+        ++m_iTilesOnFastRoad;
+        sight.predictor = road.m_iPredictor;
+        return sight;
+    }
+
+    static void ExpectSameState(const Road& a, const Road& b) {
+        const BitReaderState& stateA = a.m_Reader.GetState();
+        const BitReaderState& stateB = b.m_Reader.GetState();
+        EXPECT_EQ(stateA.m_uiWindow, stateB.m_uiWindow);
+        EXPECT_EQ(stateA.m_uiWindowBits, stateB.m_uiWindowBits);
+        EXPECT_EQ(stateA.m_uiReserve, stateB.m_uiReserve);
+        EXPECT_EQ(stateA.m_uiReserveBits, stateB.m_uiReserveBits);
+        EXPECT_EQ(a.m_Stream.GetPosition(), b.m_Stream.GetPosition());
+        EXPECT_EQ(a.m_Stream.GetPaddingCount(), b.m_Stream.GetPaddingCount());
+        EXPECT_EQ(a.m_Stream.GetConsumedBytes(), b.m_Stream.GetConsumedBytes());
+        EXPECT_EQ(a.m_Stream.IsEndOfStream(), b.m_Stream.IsEndOfStream());
+    }
+
+    /// Random bits: even ones end tiles soon, mostly set ones are long codes and the abort marker,
+    /// mostly clear ones are short codes.
+    std::vector<uint8_t> RandomBytes() {
+        std::vector<uint8_t> bytes(m_Random.Below(size_t{600}));
+        const int kind = m_Random.Below(4);
+        for (uint8_t& byte : bytes) {
+            byte = m_Random.Byte();
+            if (kind == 1)
+                byte |= m_Random.Byte();
+            if (kind == 2)
+                byte &= m_Random.Byte();
+            if (kind == 3)
+                byte |= static_cast<uint8_t>(m_Random.Byte() | m_Random.Byte());
+        }
+        return bytes;
+    }
+
+    /// Decodes tiles on both roads until the stream ends in an error.
+    void CompareRoads(const std::vector<uint8_t>& bytes, size_t capacity) {
+        Road plain(bytes, capacity);
+        Road fast(bytes, capacity);
+        IctTileCursor cursor(fast.m_Reader);
+        for (int tile = 0; tile < 300; ++tile) {
+            const IctComponent component = m_Random.OneIn(3) ? ComponentCb : ComponentY;
+            const Sight expected = DecodePlain(plain, component);
+            ASSERT_EQ(DecodeFast(fast, cursor, component), expected) << "tile " << tile;
+            if (m_Random.OneIn(4) || !expected.error.empty() || expected.aborted) {
+                cursor.GiveBack();
+                ExpectSameState(plain, fast);
+            }
+            if (HasFailure() || !expected.error.empty())
+                return;
+            if (m_Random.OneIn(4)) {
+                // What follows a macroblock: a skip code, a length.
+                cursor.GiveBack();
+                if (!SkipBits(plain, fast, 1 + m_Random.Below(16U)))
+                    return;
+            }
+        }
+    }
+
+    static bool SkipBits(Road& plain, Road& fast, uint32_t count) {
+        try {
+            const uint32_t expected = plain.m_Reader.ReadStreamBits(count);
+            EXPECT_EQ(fast.m_Reader.ReadStreamBits(count), expected);
+            return true;
+        } catch (const ImageDecoderException&) {
+            EXPECT_THROW(fast.m_Reader.ReadStreamBits(count), ImageDecoderException);
+            return false;
+        }
+    }
+
+    tests::Random m_Random;
+    tests::RecordingLogger m_Logger;
+    tests::PiecewiseStreambuffer m_UpdateStream{&m_Logger};
+    ImageDecoderRenderer m_Renderer{&m_Logger};
+    ImageDecoderIct m_Decoder{&m_Renderer, &m_UpdateStream, &m_Logger, 0, 1, 0};
+    int m_iTilesOnFastRoad = 0;
+};
+
+TEST_F(IctTileCursorTest, AgreesWithThePlainDecoderOnAnyBitsInOnePiece) {
+    for (int round = 0; round < 4000 && !HasFailure(); ++round)
+        CompareRoads(RandomBytes(), 1000);
+    EXPECT_GT(m_iTilesOnFastRoad, 10000);
+}
+
+TEST_F(IctTileCursorTest, AgreesWithThePlainDecoderOnAnyBitsInSmallPieces) {
+    for (int round = 0; round < 4000 && !HasFailure(); ++round)
+        CompareRoads(RandomBytes(), 1 + m_Random.Below(size_t{300}));
+    EXPECT_GT(m_iTilesOnFastRoad, 1000);
+}
+
+TEST_F(IctTileCursorTest, TakesTheLastTileOfAWindowWithoutReadingBehindIt) {
+    // Flat luma tiles of 6 bits: category 0 (00), end (1010). Four tiles are three bytes; the peek
+    // at the last end code asks for 12 more bits than there are tiles.
+    const std::vector<uint8_t> bytes = {0b00101000, 0b10100010, 0b10001010, 0x00, 0x00};
+    Road road(bytes, bytes.size());
+    IctTileCursor cursor(road.m_Reader);
+    std::array<int16_t, TileCoefficients> coefficients{};
+    // Before the first byte is fetched there is no window to borrow from.
+    ASSERT_FALSE(DecodePlain(road, ComponentY).aborted);
+    for (int tile = 1; tile < 4; ++tile)
+        EXPECT_EQ(cursor.DecodeTile(m_Decoder.GetTileTables(ComponentY), road.m_iPredictor,
+                                    coefficients.data()),
+                  Outcome::Flat);
+    cursor.GiveBack();
+    EXPECT_EQ(road.m_Stream.GetPosition(), 5U);
+    EXPECT_EQ(road.m_Reader.GetState().HeldBits(), 16U);
+}
+
+TEST_F(IctTileCursorTest, DeclinesWhenTheEndCodesPeekNeedsAByteBehindTheWindow) {
+    const std::vector<uint8_t> bytes = {0b00101000, 0b10100010, 0b10001010, 0x00};
+    Road road(bytes, bytes.size());
+    IctTileCursor cursor(road.m_Reader);
+    std::array<int16_t, TileCoefficients> coefficients{};
+    ASSERT_FALSE(DecodePlain(road, ComponentY).aborted);
+    const auto decode = [&] {
+        return cursor.DecodeTile(m_Decoder.GetTileTables(ComponentY), road.m_iPredictor,
+                                 coefficients.data());
+    };
+    EXPECT_EQ(decode(), Outcome::Flat);
+    EXPECT_EQ(decode(), Outcome::Flat);
+    // The last end code starts at bit 20: a peek there ends at bit 36, in a fifth byte.
+    EXPECT_EQ(decode(), Outcome::Declined);
+    EXPECT_EQ(road.m_Stream.GetPaddingCount(), 0U);
+    EXPECT_FALSE(DecodePlain(road, ComponentY).aborted);
+    EXPECT_EQ(road.m_Stream.GetPaddingCount(), 1U);
+}
+
+} // namespace
+
+} // namespace Vostrel::libimagedecoder
