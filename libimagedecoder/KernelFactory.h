@@ -23,6 +23,17 @@ std::shared_ptr<Interface> MakeKernel(ILogger* logger) {
     return std::make_shared<Variant>(logger);
 }
 
+/// Logs from a handler. A logger that fails in its turn, without memory say, must not end the
+/// search for a variant.
+template <typename Write>
+void LogQuietly(Write write) {
+    try {
+        write();
+    } catch (...) {
+        return;
+    }
+}
+
 /// Runs one attempt. A failure is logged and gives an empty pointer.
 template <typename Interface>
 std::shared_ptr<Interface> TryToCreateKernel(const KernelAttempt<Interface>& attempt,
@@ -30,9 +41,10 @@ std::shared_ptr<Interface> TryToCreateKernel(const KernelAttempt<Interface>& att
     try {
         return attempt.create(logger);
     } catch (const std::exception& exception) {
-        logger->Log("Creating %s failed: '%s'!", attempt.name, exception.what());
+        LogQuietly(
+            [&] { logger->Log("Creating %s failed: '%s'!", attempt.name, exception.what()); });
     } catch (...) {
-        logger->Log("Creating %s failed!", attempt.name);
+        LogQuietly([&] { logger->Log("Creating %s failed!", attempt.name); });
     }
     return nullptr;
 }

@@ -17,6 +17,15 @@ Id findCached(std::unordered_map<std::string, Id>& cache, const char* name, cons
     return cache[key] = lookup();
 }
 
+/// Looks up in the object's class. A VM without memory makes null references, which have no
+/// members.
+template <class Id>
+Id findInClass(JNIEnv* env, jobject object, Id (JNIEnv::*get)(jclass, const char*, const char*),
+               const char* name, const char* signature) {
+    const jclass javaClass = object ? env->GetObjectClass(object) : nullptr;
+    return javaClass ? (env->*get)(javaClass, name, signature) : nullptr;
+}
+
 } // namespace
 
 JavaObject& JavaObject::operator=(const JavaObject& other) {
@@ -30,13 +39,13 @@ bool JavaObject::operator==(const JavaObject& other) const {
 
 jmethodID JavaObject::findMethod(JNIEnv* env, const char* name, const char* signature) {
     return findCached(m_methods, name, signature, [&] {
-        return env->GetMethodID(env->GetObjectClass(m_object), name, signature);
+        return findInClass(env, m_object, &JNIEnv::GetMethodID, name, signature);
     });
 }
 
 jfieldID JavaObject::findField(JNIEnv* env, const char* name, const char* signature) {
     return findCached(m_fields, name, signature, [&] {
-        return env->GetFieldID(env->GetObjectClass(m_object), name, signature);
+        return findInClass(env, m_object, &JNIEnv::GetFieldID, name, signature);
     });
 }
 

@@ -4,6 +4,7 @@ set(UNIT_TEST_SOURCES
     CommonUpdateTest.cpp
     ContrastTest.cpp
     ILoggerTest.cpp
+    HazardsTest.cpp
     IctCodingTablesTest.cpp
     IctFastTablesTest.cpp
     IctTablesTest.cpp
@@ -12,6 +13,7 @@ set(UNIT_TEST_SOURCES
     IctUpdateTest.cpp
     ImageDecoderExceptionTest.cpp
     ImageDecoderFrameTest.cpp
+    LargestFramebufferTest.cpp
     LbePlaneTest.cpp
     LbeUpdateTest.cpp
     QuantizedColourTest.cpp
