@@ -2,34 +2,26 @@
 
 namespace Vostrel::model {
 
-void ModelBits::Hold(int count) {
-    while (HeldBits() < count) {
-        const uint8_t byte = m_pStream->NextByte();
-        for (int bit = 7; bit >= 0; --bit)
-            m_Held.push_back(((byte >> bit) & 1) != 0);
+int ModelBits::Peek(int count) {
+    while (m_iHeldBits < count) {
+        m_uiHeld = m_uiHeld << 8 | m_pStream->NextByte();
+        m_iHeldBits += 8;
     }
+    return static_cast<int>(m_uiHeld >> (m_iHeldBits - count)) & ((1 << count) - 1);
 }
 
 int ModelBits::Read(int count) {
-    Hold(count);
-    int value = 0;
-    for (int i = 0; i < count; ++i)
-        value = value * 2 + (m_Held[static_cast<size_t>(i)] ? 1 : 0);
+    const int value = Peek(count);
     Drop(count);
     return value;
 }
 
 int ModelBits::Peek16() {
-    Hold(16);
-    int value = 0;
-    for (int i = 0; i < 16; ++i)
-        value = value * 2 + (m_Held[static_cast<size_t>(i)] ? 1 : 0);
-    return value;
+    return Peek(16);
 }
 
 void ModelBits::Drop(int count) {
-    for (int i = 0; i < count; ++i)
-        m_Held.pop_front();
+    m_iHeldBits -= count;
 }
 
 } // namespace Vostrel::model

@@ -2,7 +2,7 @@
 
 #include "tests/model/ModelStream.h"
 
-#include <deque>
+#include <cstdint>
 
 namespace Vostrel::model {
 
@@ -14,7 +14,7 @@ public:
 
     /// Continues with the bits that another reader holds and then with the bytes of a stream.
     ModelBits(ModelStream& stream, const ModelBits& heldBy)
-        : m_pStream(&stream), m_Held(heldBy.m_Held) {}
+        : m_pStream(&stream), m_uiHeld(heldBy.m_uiHeld), m_iHeldBits(heldBy.m_iHeldBits) {}
 
     /// The next count (1..16) bits as a number.
     int Read(int count);
@@ -25,15 +25,16 @@ public:
     /// Drops bits that the reader holds.
     void Drop(int count);
 
-    void Clear() { m_Held.clear(); }
-    int HeldBits() const { return static_cast<int>(m_Held.size()); }
+    void Clear() { m_iHeldBits = 0; }
+    int HeldBits() const { return m_iHeldBits; }
     ModelStream& Stream() { return *m_pStream; }
 
 private:
-    void Hold(int count);
+    int Peek(int count);
 
     ModelStream* m_pStream;
-    std::deque<bool> m_Held;
+    uint32_t m_uiHeld = 0; ///< its lowest m_iHeldBits bits, the next one on top
+    int m_iHeldBits = 0;
 };
 
 } // namespace Vostrel::model

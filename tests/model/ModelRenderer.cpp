@@ -135,10 +135,9 @@ uint32_t* ModelRenderer::PixelAt(const ModelRectangle& area, int column, int row
 }
 
 std::vector<uint8_t> ModelRenderer::Memory() const {
-    std::vector<uint8_t> bytes;
-    for (const uint32_t word : m_vuiArgb)
-        for (int shift = 0; shift < 32; shift += 8)
-            bytes.push_back(static_cast<uint8_t>(word >> shift));
+    std::vector<uint8_t> bytes(4 * m_vuiArgb.size());
+    for (size_t i = 0; i < bytes.size(); ++i)
+        bytes[i] = static_cast<uint8_t>(m_vuiArgb[i / 4] >> i % 4 * 8);
     for (const std::vector<uint8_t>* plane : {&m_vuiY, &m_vuiCb, &m_vuiCr})
         bytes.insert(bytes.end(), plane->begin(), plane->end());
     return bytes;

@@ -96,6 +96,13 @@ TileTable Dequantisation(const std::array<int, 64>& quantisers, int level) {
     return table;
 }
 
+std::array<TileTable, 16> AllLevels(const std::array<int, 64>& quantisers) {
+    std::array<TileTable, 16> tables{};
+    for (size_t level = 0; level < tables.size(); ++level)
+        tables[level] = Dequantisation(quantisers, static_cast<int>(level));
+    return tables;
+}
+
 } // namespace
 
 HuffmanTable::HuffmanTable(const std::array<int, 16>& codesOfLength,
@@ -105,18 +112,21 @@ HuffmanTable::HuffmanTable(const std::array<int, 16>& codesOfLength,
     for (int length = 1; length <= 16; ++length, next *= 2)
         for (int i = 0; i < codesOfLength[static_cast<size_t>(length - 1)]; ++i)
             m_vCodes.push_back({length, next++, symbols.at(symbol++)});
+
+    // The codes are in rising order, and each takes up where the one before it ends.
+    size_t index = 0;
+    for (int peeked = 0; peeked < 1 << 16; ++peeked) {
+        while (index + 1 < m_vCodes.size() &&
+               peeked >> (16 - m_vCodes[index].length) != m_vCodes[index].bits)
+            ++index;
+        m_vCodeOf.push_back(index);
+    }
 }
 
 int HuffmanTable::Decode(ModelBits& bits) const {
-    const int peeked = bits.Peek16();
-    for (const Code& code : m_vCodes) {
-        if (peeked >> (16 - code.length) == code.bits) {
-            bits.Drop(code.length);
-            return code.symbol;
-        }
-    }
-    bits.Drop(m_vCodes.back().length);
-    return m_vCodes.back().symbol;
+    const Code& code = m_vCodes[m_vCodeOf[static_cast<size_t>(bits.Peek16())]];
+    bits.Drop(code.length);
+    return code.symbol;
 }
 
 const HuffmanTable& DcLuminance() {
@@ -157,12 +167,14 @@ const std::array<int, 64>& ZigZag() {
     return order;
 }
 
-TileTable LumaDequantisation(int level) {
-    return Dequantisation(LumaQuantisers, level);
+const TileTable& LumaDequantisation(int level) {
+    static const auto tables = AllLevels(LumaQuantisers);
+    return tables.at(static_cast<size_t>(level));
 }
 
-TileTable ChromaDequantisation(int level) {
-    return Dequantisation(ChromaQuantisers, level);
+const TileTable& ChromaDequantisation(int level) {
+    static const auto tables = AllLevels(ChromaQuantisers);
+    return tables.at(static_cast<size_t>(level));
 }
 
 int64_t DequantisationValue(int quant, double scale, int shift, int fractionBits, double norm) {

@@ -27,6 +27,7 @@ private:
         int symbol;
     };
     std::vector<Code> m_vCodes;
+    std::vector<size_t> m_vCodeOf; ///< index of the code that 16 bits start with
 };
 
 /// JPEG's codes of Annex K; the luminance DC table has the abort marker behind its last code.
@@ -43,8 +44,8 @@ const std::array<int, 64>& ZigZag();
 
 /// What a quantised coefficient is multiplied with (in units of 2^-10) before the transform, for a
 /// quality level 0..15.
-TileTable LumaDequantisation(int level);
-TileTable ChromaDequantisation(int level);
+const TileTable& LumaDequantisation(int level);
+const TileTable& ChromaDequantisation(int level);
 
 /// One such multiplier: the step of the encoder's reciprocal, normalised and scaled.
 int64_t DequantisationValue(int quant, double scale, int shift, int fractionBits, double norm);

@@ -24,24 +24,24 @@ int64_t StoreBetweenPasses(int64_t value, KernelRule rule) {
 } // namespace
 
 TileTable InverseTransform(const TileTable& coefficients, KernelRule rule) {
+    // Most coefficients are zero; a zero adds nothing to any sum.
     TileTable rows{};
-    for (size_t v = 0; v < 8; ++v) {
-        for (size_t x = 0; x < 8; ++x) {
-            int64_t sum = 0;
-            for (size_t u = 0; u < 8; ++u)
-                sum += Basis[u][x] * coefficients[8 * v + u];
-            rows[8 * v + x] = StoreBetweenPasses(sum, rule);
-        }
-    }
+    for (size_t v = 0; v < 8; ++v)
+        for (size_t u = 0; u < 8; ++u)
+            if (const int64_t coefficient = coefficients[8 * v + u])
+                for (size_t x = 0; x < 8; ++x)
+                    rows[8 * v + x] += Basis[u][x] * coefficient;
+    for (int64_t& sum : rows)
+        sum = StoreBetweenPasses(sum, rule);
+
     TileTable samples{};
-    for (size_t y = 0; y < 8; ++y) {
-        for (size_t x = 0; x < 8; ++x) {
-            int64_t sum = 0;
-            for (size_t v = 0; v < 8; ++v)
-                sum += Basis[v][y] * rows[8 * v + x];
-            samples[8 * y + x] = std::clamp<int64_t>(FloorShift(sum, 6) + 128, 0, 255);
-        }
-    }
+    for (size_t v = 0; v < 8; ++v)
+        for (size_t x = 0; x < 8; ++x)
+            if (const int64_t sample = rows[8 * v + x])
+                for (size_t y = 0; y < 8; ++y)
+                    samples[8 * y + x] += Basis[v][y] * sample;
+    for (int64_t& sum : samples)
+        sum = std::clamp<int64_t>(FloorShift(sum, 6) + 128, 0, 255);
     return samples;
 }
 

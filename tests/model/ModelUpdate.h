@@ -3,6 +3,7 @@
 #include "tests/model/ModelIntegers.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <vector>
 
 namespace Vostrel::model {
@@ -48,15 +49,15 @@ private:
     std::vector<bool> m_vSkipped;
 };
 
-/// A plane of samples without an edge: what was never written reads as 0.
+/// A plane of samples (16 bits each) without an edge: what was never written reads as 0.
 class ModelPlane {
 public:
     void Clear(size_t samples) { m_vSamples.assign(samples, 0); }
     int64_t At(size_t index) const { return index < m_vSamples.size() ? m_vSamples[index] : 0; }
-    void Set(size_t index, int64_t sample) { m_vSamples.at(index) = sample; }
+    void Set(size_t index, int64_t sample) { m_vSamples.at(index) = static_cast<uint16_t>(sample); }
 
 private:
-    std::vector<int64_t> m_vSamples;
+    std::vector<uint16_t> m_vSamples;
 };
 
 /// A decoder's planes. LBE keeps its packed chroma values in cb.
