@@ -1,7 +1,5 @@
 #include "libimagedecoder/IctCodingTables.h"
 
-#include <cmath>
-
 namespace Vostrel::libimagedecoder {
 
 // clang-format off
@@ -61,7 +59,7 @@ uint64_t QuantiserReciprocal(unsigned int quant, double scale, unsigned char shi
     constexpr double FractionOne = 8192.0;
     constexpr uint64_t LargestFraction = 8191;
 
-    auto reciprocal = static_cast<uint64_t>(std::round(FractionOne / (quant * scale)));
+    uint64_t reciprocal = RoundHalfUp(FractionOne / (quant * scale));
     // A step of exactly 1 has no 13-bit fraction.
     if (reciprocal == LargestFraction + 1) {
         reciprocal = LargestFraction;

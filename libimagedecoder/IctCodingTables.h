@@ -34,4 +34,10 @@ struct IctCodingTables {
 /// quant is a base step of 1..255; scale and shift are of one row of s_aQualityTable.
 uint64_t QuantiserReciprocal(unsigned int quant, double scale, unsigned char shift);
 
+/// The integer nearest to value, a half upwards; value is 0.5 or more and below 2^52. std::round
+/// would do, but the shared object would need libm for it alone.
+constexpr uint64_t RoundHalfUp(double value) {
+    return static_cast<uint64_t>(value + 0.5);
+}
+
 } // namespace Vostrel::libimagedecoder

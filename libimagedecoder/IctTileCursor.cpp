@@ -1,202 +1,257 @@
 #include "libimagedecoder/IctTileCursor.h"
 
 #include <algorithm>
-#include <bit>
-#include <cstring>
+#include <emmintrin.h>
 
 namespace Vostrel::libimagedecoder {
 namespace {
+
+using Entry = IctFastTables::Entry;
 
 constexpr unsigned int PeekBits = 16;
 
 /// DC luminance category that is not a bit size but aborts the update.
 constexpr unsigned int AbortMarker = 12;
 
-/// Bytes that a reader has fetched after a 16-bit peek at a bit position.
-size_t BytesAfterPeek(size_t bitPosition) {
-    return (bitPosition + PeekBits + 7) / 8;
+size_t BytesUpTo(size_t bitPosition) {
+    return (bitPosition + 7) / 8;
 }
 
-/// Bits ahead of a position in memory, left-aligned in a register. After Refill at least 56 of them
-/// are valid; bytes up to 8 behind the last valid one must be readable.
-class BitRegister {
-public:
-    BitRegister(const uint8_t* bytes, size_t position)
-        : m_puiNext(bytes + position / 8), m_uiBits(Load(m_puiNext) << position % 8),
-          m_uiCount(56 - static_cast<unsigned int>(position % 8)) {
-        m_puiNext += 7;
+/// Written out: g++ 12 turns a loop into string stores, which cost
+/// 30 cycles to start.
+[[gnu::always_inline]] inline void ClearTile(int16_t* coefficients) {
+    auto* const registers = reinterpret_cast<__m128i*>(coefficients);
+    const __m128i zero = _mm_setzero_si128();
+    _mm_storeu_si128(registers + 0, zero);
+    _mm_storeu_si128(registers + 1, zero);
+    _mm_storeu_si128(registers + 2, zero);
+    _mm_storeu_si128(registers + 3, zero);
+    _mm_storeu_si128(registers + 4, zero);
+    _mm_storeu_si128(registers + 5, zero);
+    _mm_storeu_si128(registers + 6, zero);
+    _mm_storeu_si128(registers + 7, zero);
+}
+
+/// Marks a DC entry that is the abort marker.
+constexpr unsigned int Abort = 1;
+
+/// One tile on its way. Everything in here lives in processor registers: every member is inlined by
+/// force, since one call would put them all into memory, and doubles the time of a tile.
+struct Tile {
+    BitRegister m_Bits;
+    const IctTileTables& m_Tables;
+    Entry m_Entry{};         ///< the code that was taken last
+    size_t m_uiPosition = 0; ///< of its coefficient in the scan, and behind the scan at the end
+
+    /// The difference to the DC predictor. 56 bits must be valid; at least 46 are afterwards.
+    [[gnu::always_inline]] int TakeDc() {
+        m_Entry = m_Tables.m_pFast->Dc(m_Bits.Peek(IctFastTables::DcIndexBits));
+        if (m_Entry.Bits() != 0) [[likely]]
+            m_Bits.Skip(m_Entry.Bits());
+        else
+            TakeLongDc();
+        return m_Entry.Level();
     }
 
-    void Refill() {
-        m_uiBits |= Load(m_puiNext) >> m_uiCount;
-        m_puiNext += (63 - m_uiCount) / 8;
-        m_uiCount |= 56;
+    /// Decodes one AC code and writes its coefficient; false after the last one. 11 bits must be
+    /// valid; it uses up no more of them, or tops up itself.
+    [[gnu::always_inline]] bool TakeCoefficient(int16_t* coefficients) {
+        m_Entry = m_Tables.m_pFast->Ac(m_Bits.Peek(IctFastTables::AcIndexBits));
+        if (m_Entry.Bits() != 0) [[likely]]
+            m_Bits.Skip(m_Entry.Bits());
+        else
+            TakeLongAc();
+        m_uiPosition += m_Entry.Advance();
+        const IctFastTables::ScanEntry& scan = m_Tables.m_pFast->Scan(m_uiPosition);
+        coefficients[scan.m_uiSlot] =
+            IctFastTables::Dequantise(m_Entry.Level(), scan.m_iMultiplier);
+        return m_uiPosition < TileCoefficients;
     }
 
-    /// bits: 1..16.
-    size_t Peek(unsigned int bits) const { return m_uiBits >> (64 - bits); }
-
-    void Skip(unsigned int bits) {
-        m_uiBits <<= bits;
-        m_uiCount -= bits;
+    /// The position runs on over the end code, so that one comparison a coefficient finds the end,
+    /// the tile's own as well as the scan's. False if it was the scan's.
+    [[gnu::always_inline]] bool EndsWell() const {
+        return m_Entry.Advance() >= IctFastTables::EndAlone &&
+               m_uiPosition < IctFastTables::EndFollows + TileCoefficients;
     }
 
-    /// A value of size bits, 0..15, by the sign rule of ITU-T T.81, EXTEND: a clear top bit means
-    /// negative.
-    int32_t ReadExtended(unsigned int size) {
-        const auto negative = static_cast<int32_t>(~m_uiBits >> 63);
-        const auto value = static_cast<int32_t>(m_uiBits >> 1 >> (63 - size));
-        Skip(size);
-        return value - (-negative & ((1 << size) - 1));
-    }
-
-    size_t Position(const uint8_t* bytes) const {
-        return static_cast<size_t>(m_puiNext - bytes) * 8 - m_uiCount;
-    }
+    [[gnu::always_inline]] size_t LastPosition() const { return m_uiPosition % TileCoefficients; }
 
 private:
-    static uint64_t Load(const uint8_t* bytes) {
-        static_assert(std::endian::native == std::endian::little);
-        uint64_t word;
-        std::memcpy(&word, bytes, sizeof word);
-        return __builtin_bswap64(word);
+    [[gnu::always_inline]] const huff_entry_t& TakeLongCode(const huff_entry_t* table) {
+        const huff_entry_t& code = table[m_Bits.Peek(PeekBits)];
+        m_Bits.Skip(PeekBits - code.stallCount);
+        return code;
     }
 
-    const uint8_t* m_puiNext; ///< the first byte of which no bit counts as valid yet
-    uint64_t m_uiBits;        ///< bits below the valid ones are those that follow, or zero
-    unsigned int m_uiCount;
+    [[gnu::always_inline]] void TakeLongDc() {
+        unsigned int category = m_Entry.LevelBits();
+        if (m_Entry.CodeBits() != 0)
+            m_Bits.Skip(m_Entry.CodeBits());
+        else
+            category = TakeLongCode(m_Tables.m_pDc).size;
+        m_Entry = category == AbortMarker ? Entry(0, Abort, 0)
+                                          : Entry(m_Bits.ReadExtended(category), 0, 0);
+        m_Bits.Refill();
+    }
+
+    [[gnu::always_inline]] void TakeLongAc() {
+        m_Bits.Refill();
+        if (m_Entry.CodeBits() != 0) {
+            m_Bits.Skip(m_Entry.CodeBits());
+            m_Entry = Entry(m_Bits.ReadExtended(m_Entry.LevelBits()), m_Entry.Advance(), 0);
+        } else {
+            const huff_entry_t& code = TakeLongCode(m_Tables.m_pAc);
+            m_Entry = Entry(m_Bits.ReadExtended(code.size), code.run + 1u, 0);
+        }
+        m_Bits.Refill();
+    }
 };
-
-unsigned int ReadCategory(BitRegister& bits, const IctTileTables& tables) {
-    const auto entry = tables.m_pFast->Dc(bits.Peek(IctFastTables::DcIndexBits));
-    if (entry.m_uiCodeBits != 0) [[likely]] {
-        bits.Skip(entry.m_uiCodeBits);
-        return entry.m_uiCategory;
-    }
-    const huff_entry_t& code = tables.m_pDc[bits.Peek(PeekBits)];
-    bits.Skip(PeekBits - code.stallCount);
-    return code.size;
-}
 
 } // namespace
 
+/// What lies behind the window is decoded as well: whether the tile ran into it is found out at its
+/// end.
 IctTileCursor::Outcome IctTileCursor::DecodeTile(const IctTileTables& tables, int& dcPredictor,
                                                  int16_t* coefficients) {
-    if (!m_bBorrowed && !Borrow())
+    if (!IsReady()) [[unlikely]]
         return Outcome::Declined;
-    const size_t firstByte = m_uiPosition / 8;
-    if (!m_bInTail && firstByte + TileRoom > m_uiSize)
-        CopyTail(firstByte);
+    const IctFastTables& fast = *tables.m_pFast;
+    const unsigned int windowBits = PeekBits - fast.EndCodeBits();
+    Tile tile{m_Bits, tables};
+    tile.m_Bits.Refill();
 
-    const size_t start = m_uiPosition;
-    const unsigned int endCodeBits = tables.m_pFast->EndCodeBits();
-    int predictor = dcPredictor;
-    const Outcome outcome = DecodeBits(tables, predictor, coefficients);
-    if (outcome == Outcome::Declined || BytesAfterPeek(m_uiPosition - endCodeBits) > m_uiSize) {
-        m_uiPosition = start;
-        GiveBack();
-        return Outcome::Declined;
+    const auto difference = static_cast<uint32_t>(tile.TakeDc());
+    const int predictor = static_cast<int>(static_cast<uint32_t>(dcPredictor) + difference);
+    const int16_t dc = IctFastTables::Dequantise(predictor, fast.Scan(0).m_iMultiplier);
+    if (tile.m_Entry.Advance() != 0) {
+        if (tile.m_Entry.Advance() == Abort || !Commit(tile.m_Bits, windowBits)) [[unlikely]]
+            return Decline();
+        dcPredictor = predictor;
+        coefficients[0] = dc;
+        return Outcome::Flat;
     }
+
+    ClearTile(coefficients);
+    // Four short codes take 44 bits at most.
+    while (tile.TakeCoefficient(coefficients) && tile.TakeCoefficient(coefficients) &&
+           tile.TakeCoefficient(coefficients) && tile.TakeCoefficient(coefficients))
+        tile.m_Bits.Refill();
+    coefficients[0] = dc;
+
+    if (!tile.EndsWell() || !Commit(tile.m_Bits, windowBits)) [[unlikely]]
+        return Decline();
     dcPredictor = predictor;
-    m_uiEndCodeBits = endCodeBits;
-    return outcome;
+    return tile.LastPosition() < LowPositions ? Outcome::Low : Outcome::Full;
+}
+
+bool IctTileCursor::SkipRepeats(const IctFastTables& tables, size_t tiles) {
+    if (!m_bBorrowed || !HasRoom())
+        return false;
+    const auto repeatBits = static_cast<unsigned int>(tiles) * tables.RepeatBits();
+    BitRegister bits = m_Bits;
+    bits.Refill();
+    if (bits.Peek(repeatBits) != tables.Repeats(tiles))
+        return false;
+    bits.Skip(repeatBits);
+    return Commit(bits, PeekBits - tables.EndCodeBits());
+}
+
+bool IctTileCursor::TakeBits(unsigned int n, uint32_t& value) {
+    if (!IsReady())
+        return false;
+    BitRegister bits = m_Bits;
+    bits.Refill();
+    value = static_cast<uint32_t>(bits.Peek(n));
+    bits.Skip(n);
+    return Commit(bits, m_uiWindowBits - std::min(m_uiWindowBits, n));
+}
+
+uint32_t IctTileCursor::ReadBitsPlainly(unsigned int n) {
+    GiveBack();
+    return m_Reader.ReadStreamBits(n);
+}
+
+bool IctTileCursor::IsReady() {
+    if (!m_bBorrowed && !Borrow()) [[unlikely]]
+        return false;
+    if (m_Bits.Next() > m_puiRoomEnd) [[unlikely]]
+        CopyTail(Position());
+    return true;
+}
+
+/// Moves on, unless the reader would have needed a byte behind the window.
+bool IctTileCursor::Commit(const BitRegister& bits, unsigned int windowBits) {
+    if (m_bNearEnd && BytesUpTo(bits.Position(m_puiBytes) + windowBits) > m_uiSize) [[unlikely]]
+        return false;
+    m_Bits = bits;
+    m_uiWindowBits = windowBits;
+    return true;
+}
+
+IctTileCursor::Outcome IctTileCursor::Decline() {
+    GiveBack();
+    return Outcome::Declined;
 }
 
 /// Takes the reader's position, if all bits that the reader holds come from the current window.
 bool IctTileCursor::Borrow() {
     const IStreambuffer& stream = m_Reader.GetStream();
+    const BitReaderState& state = m_Reader.GetState();
     const size_t fetchedBits = stream.GetPosition() * 8;
-    const size_t heldBits = m_Reader.GetState().HeldBits();
-    if (stream.GetSize() == 0 || fetchedBits < heldBits || stream.GetPaddingCount() != 0)
+    if (stream.GetSize() == 0 || stream.GetPaddingCount() != 0 || fetchedBits < state.HeldBits() ||
+        state.m_uiReserveBits >= 8)
         return false;
+    const size_t position = fetchedBits - state.HeldBits();
     m_bBorrowed = true;
-    m_bInTail = false;
-    m_uiEndCodeBits = 0;
     m_puiBytes = stream.GetWindow();
     m_uiBase = 0;
     m_uiSize = stream.GetSize();
-    m_uiPosition = fetchedBits - heldBits;
+    m_uiWindowBits = state.m_uiWindowBits;
+    m_bNearEnd = m_bReadableBehind;
+    if (m_bReadableBehind) {
+        m_puiRoomEnd = m_puiBytes + m_uiSize + ReadAhead;
+        m_Bits = BitRegister(m_puiBytes, position);
+    } else if (position / 8 + SlackBytes <= m_uiSize) {
+        m_puiRoomEnd = m_puiBytes + m_uiSize - TileRoom;
+        m_Bits = BitRegister(m_puiBytes, position);
+    } else {
+        CopyTail(position);
+    }
     return true;
 }
 
-void IctTileCursor::CopyTail(size_t firstByte) {
+/// Goes on in a copy of the window's bytes from a position on.
+void IctTileCursor::CopyTail(size_t position) {
+    const size_t firstByte = position / 8;
     const size_t tailBytes = m_uiSize - firstByte;
-    std::memcpy(m_auiTail.data(), m_puiBytes + firstByte, tailBytes);
+    std::copy_n(m_puiBytes + firstByte, tailBytes, m_auiTail.data());
     std::fill(m_auiTail.begin() + static_cast<ptrdiff_t>(tailBytes), m_auiTail.end(), uint8_t{0});
-    m_bInTail = true;
+    m_bNearEnd = true;
     m_puiBytes = m_auiTail.data();
+    m_puiRoomEnd = m_puiBytes + SlackBytes + ReadAhead;
     m_uiBase += firstByte;
     m_uiSize = tailBytes;
-    m_uiPosition -= firstByte * 8;
+    m_Bits = BitRegister(m_puiBytes, position % 8);
 }
 
 void IctTileCursor::GiveBack() {
     if (!m_bBorrowed)
         return;
     m_bBorrowed = false;
-    if (m_uiEndCodeBits == 0)
-        return;
-    const size_t fetchedBytes = BytesAfterPeek(m_uiPosition - m_uiEndCodeBits);
+    const size_t position = Position();
+    const size_t windowEnd = position + m_uiWindowBits;
+    const size_t fetchedBytes = BytesUpTo(windowEnd);
     BitReaderState state;
-    state.m_uiWindowBits = PeekBits - m_uiEndCodeBits;
-    state.m_uiReserveBits =
-        static_cast<uint32_t>(fetchedBytes * 8 - m_uiPosition) - state.m_uiWindowBits;
+    state.m_uiWindowBits = m_uiWindowBits;
+    state.m_uiReserveBits = static_cast<uint32_t>(fetchedBytes * 8 - windowEnd);
     uint32_t held = 0;
-    for (size_t byte = m_uiPosition / 8; byte < fetchedBytes; ++byte)
+    for (size_t byte = position / 8; byte < fetchedBytes; ++byte)
         held = held << 8 | m_puiBytes[byte];
     state.m_uiReserve = held & ((1u << state.m_uiReserveBits) - 1);
     state.m_uiWindow = held >> state.m_uiReserveBits & ((1u << state.m_uiWindowBits) - 1);
     m_Reader.SetState(state);
     m_Reader.GetStream().SetPosition(m_uiBase + fetchedBytes);
-}
-
-/// Decodes a tile and moves behind it. Bytes behind the window count as zeros here: whether the
-/// tile ran into them is for the caller to find out.
-IctTileCursor::Outcome IctTileCursor::DecodeBits(const IctTileTables& tables, int& dcPredictor,
-                                                 int16_t* coefficients) {
-    const IctFastTables& fast = *tables.m_pFast;
-    BitRegister bits(m_puiBytes, m_uiPosition);
-
-    const unsigned int category = ReadCategory(bits, tables);
-    if (category == AbortMarker) [[unlikely]]
-        return Outcome::Declined;
-    dcPredictor = static_cast<int>(static_cast<uint32_t>(dcPredictor) +
-                                   static_cast<uint32_t>(bits.ReadExtended(category)));
-    const int16_t dc = fast.Dequantise(0, dcPredictor);
-
-    bits.Refill();
-    IctFastTables::AcEntry entry = fast.Ac(bits.Peek(IctFastTables::AcIndexBits));
-    if (entry.m_uiAdvance == IctFastTables::EndAlone) {
-        coefficients[0] = dc;
-        m_uiPosition = bits.Position(m_puiBytes) + entry.m_uiBits;
-        return Outcome::Flat;
-    }
-    std::fill_n(coefficients, TileCoefficients, int16_t{0});
-    coefficients[0] = dc;
-    for (size_t position = 0;;) {
-        int32_t level = entry.m_iLevel;
-        if (entry.m_uiBits != 0) [[likely]] {
-            bits.Skip(entry.m_uiBits);
-            position += entry.m_uiAdvance & ~size_t{IctFastTables::EndFollows};
-        } else {
-            const huff_entry_t& code = tables.m_pAc[bits.Peek(PeekBits)];
-            bits.Skip(PeekBits - code.stallCount);
-            level = bits.ReadExtended(code.size);
-            position += code.run + size_t{1};
-        }
-        if (position >= TileCoefficients) {
-            if (entry.m_uiAdvance != IctFastTables::EndAlone)
-                return Outcome::Declined;
-            break;
-        }
-        coefficients[fast.Slot(position)] = fast.Dequantise(position, level);
-        if (entry.m_uiAdvance >= IctFastTables::EndFollows)
-            break;
-        bits.Refill();
-        entry = fast.Ac(bits.Peek(IctFastTables::AcIndexBits));
-    }
-    m_uiPosition = bits.Position(m_puiBytes);
-    return Outcome::Full;
 }
 
 } // namespace Vostrel::libimagedecoder

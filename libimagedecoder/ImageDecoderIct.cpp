@@ -5,35 +5,60 @@
 #include "libimagedecoder/ImageDecoderRenderer.h"
 #include "libimagedecoder/InverseTransform/InverseIctFactory.h"
 
-#include <algorithm>
+#include <cstring>
 #include <utility>
 
 namespace Vostrel::libimagedecoder {
 
+using InverseTransform::InverseIct::FlatTileSample;
 using InverseTransform::InverseIct::IInverseIct;
 using InverseTransform::InverseIct::InverseIctFactory;
+
+namespace {
+
+template <size_t Width, size_t Height>
+void FillSamples(uint8_t* samples, size_t stride, uint8_t value) {
+    for (size_t row = 0; row < Height; ++row)
+        std::memset(samples + row * stride, value, Width);
+}
+
+} // namespace
+
+/// The tiles of one bit reader: those of an update, or of a job's macroblock.
+struct ImageDecoderIct::TileSource {
+    BitStreamReader& m_Reader;
+    IctTileCursor m_Cursor;
+    int16_t* m_piCoefficients; ///< scratch of the worker
+    DcPredictors m_Predictors{};
+};
 
 /// One update on its way through the walk.
 class ImageDecoderIct::Update {
 public:
     Update(ImageDecoderIct& decoder, const UpdateRectangle& rectangle, const Variant& variant)
-        : m_Decoder(decoder), m_Rectangle(rectangle), m_Variant(variant),
+        : m_Decoder(decoder), m_Rectangle(rectangle),
+          m_Variant(variant), m_aTables{decoder.GetTileTables(ComponentY),
+                                        decoder.GetTileTables(ComponentCb),
+                                        decoder.GetTileTables(ComponentCr)},
           m_uiLumaStride(rectangle.LumaStride()),
-          m_uiChromaStride(m_uiLumaStride / decoder.m_uiChromaDivX) {}
+          m_uiChromaStride(m_uiLumaStride / decoder.m_uiChromaDivX),
+          m_InPlace{decoder, IctTileCursor(decoder),
+                    decoder.CoefficientsOf(decoder.DrivingWorker())} {}
 
-    RecordLength ReadLength() { return {m_Decoder.ReadStreamBits(8), 8}; }
+    uint32_t ReadBits(unsigned int n) { return m_InPlace.m_Cursor.ReadBits(n); }
+    RecordLength ReadLength() { return {ReadBits(8), 8}; }
+    void GiveBack() { m_InPlace.m_Cursor.GiveBack(); }
 
     void DecodeInPlace(const Macroblock& macroblock) {
         // Version 0 predicts from one macroblock to the next; later ones restart, so that each can
         // be decoded on its own.
         if (m_Decoder.m_uiProtocolVersion != 0)
-            m_InPlacePredictors = {};
-        Decode(m_Decoder, macroblock, m_Variant.m_Tiles, m_InPlacePredictors,
-               m_Decoder.DrivingWorker());
+            m_InPlace.m_Predictors = {};
+        (this->*m_Variant.m_pDecode)(m_InPlace, macroblock);
     }
 
-    UpdateJobs::Function Schedule(MacroblockJob& record) {
-        return (this->*m_Variant.m_pSchedule)(record);
+    UpdateJobs::Function Schedule(MacroblockBatch& batch) {
+        return (this->*m_Variant.m_pSchedule)(batch);
     }
 
     void Draw(const bool* skipMask) {
@@ -45,80 +70,115 @@ public:
                                       planes[ComponentCr].get(), skipMask);
     }
 
-    UpdateJobs::Function ScheduleDecodeTile420(MacroblockJob& record) {
-        return ScheduleDecodeTile4xx<IctTiles420>(record);
+    template <class Chroma>
+    void DecodeMacroblock(TileSource& source, const Macroblock& macroblock);
+
+    UpdateJobs::Function ScheduleDecodeTile420(MacroblockBatch& batch) {
+        return ScheduleDecodeTile4xx<IctChroma420>(batch);
     }
-    UpdateJobs::Function ScheduleDecodeTile422(MacroblockJob& record) {
-        return ScheduleDecodeTile4xx<IctTiles422>(record);
+    UpdateJobs::Function ScheduleDecodeTile422(MacroblockBatch& batch) {
+        return ScheduleDecodeTile4xx<IctChroma422>(batch);
     }
-    UpdateJobs::Function ScheduleDecodeTile444(MacroblockJob& record) {
-        return ScheduleDecodeTile4xx<IctTiles444>(record);
+    UpdateJobs::Function ScheduleDecodeTile444(MacroblockBatch& batch) {
+        return ScheduleDecodeTile4xx<IctChroma444>(batch);
     }
 
 private:
     // Two references fit into a std::function without an allocation.
-    template <const auto& Tiles>
-    UpdateJobs::Function ScheduleDecodeTile4xx(MacroblockJob& record) {
-        return [this, &record](unsigned int worker) { DecodeJob(record, Tiles, worker); };
+    template <class Chroma>
+    UpdateJobs::Function ScheduleDecodeTile4xx(MacroblockBatch& batch) {
+        return [this, &batch](unsigned int worker) {
+            m_Decoder.DecodeSegments(
+                batch, [&](BitStreamReader& reader, const Macroblock& macroblock) {
+                    TileSource source{reader, IctTileCursor(reader, SegmentReadableBytes),
+                                      m_Decoder.CoefficientsOf(worker)};
+                    DecodeMacroblock<Chroma>(source, macroblock);
+                });
+        };
     }
 
-    void DecodeJob(MacroblockJob& record, IctTiles tiles, unsigned int worker);
-    void Decode(BitStreamReader& reader, const Macroblock& macroblock, IctTiles tiles,
-                DcPredictors& predictors, unsigned int worker);
-    uint8_t* Destination(const Macroblock& macroblock, const IctTile& tile) const;
-    size_t Stride(IctComponent component) const {
-        return component == ComponentY ? m_uiLumaStride : m_uiChromaStride;
-    }
+    template <size_t Width, size_t Height>
+    void DecodeArea(TileSource& source, IctComponent component, size_t left, size_t top);
+
+    void DecodeTile(TileSource& source, IctComponent component, uint8_t* samples, size_t stride);
+    void FinishTile(TileSource& source, IctComponent component, IctTileCursor::Outcome outcome,
+                    uint8_t* samples, size_t stride);
 
     ImageDecoderIct& m_Decoder;
     const UpdateRectangle& m_Rectangle;
     const Variant& m_Variant;
+    std::array<IctTileTables, ComponentCount> m_aTables;
     size_t m_uiLumaStride;
     size_t m_uiChromaStride;
-    DcPredictors m_InPlacePredictors{};
+    TileSource m_InPlace;
 };
 
-void ImageDecoderIct::Update::DecodeJob(MacroblockJob& record, IctTiles tiles,
-                                        unsigned int worker) {
-    m_Decoder.DecodeSegment(record, [&](BitStreamReader& reader) {
-        DcPredictors predictors{};
-        Decode(reader, record.m_Macroblock, tiles, predictors, worker);
-    });
+template <class Chroma>
+void ImageDecoderIct::Update::DecodeMacroblock(TileSource& source, const Macroblock& macroblock) {
+    DecodeArea<MacroblockEdge, MacroblockEdge>(source, ComponentY, macroblock.m_uiLeft,
+                                               macroblock.m_uiTop);
+    for (const IctComponent component : {ComponentCb, ComponentCr})
+        DecodeArea<Chroma::Width, Chroma::Height>(source, component,
+                                                  macroblock.m_uiLeft / Chroma::DivX,
+                                                  macroblock.m_uiTop / Chroma::DivY);
 }
 
-void ImageDecoderIct::Update::Decode(BitStreamReader& reader, const Macroblock& macroblock,
-                                     IctTiles tiles, DcPredictors& predictors,
-                                     unsigned int worker) {
-    int16_t* const coefficients = &m_Decoder.m_piCoefficients[worker * TileCoefficients];
-    IInverseIct& transform = *m_Decoder.m_pInverseIct;
-    IctTileCursor cursor(reader);
-    for (const IctTile& tile : tiles) {
-        const IctComponent component = tile.m_Component;
-        const IctTileTables tables = m_Decoder.GetTileTables(component);
-        int& predictor = predictors[component];
-        uint8_t* const destination = Destination(macroblock, tile);
-        const auto outcome = cursor.DecodeTile(tables, predictor, coefficients);
-        if (outcome == IctTileCursor::Outcome::Flat) {
-            transform.TransformFlatTile(coefficients[0], destination, Stride(component));
-            continue;
-        }
-        if (outcome == IctTileCursor::Outcome::Declined &&
-            !m_Decoder.HuffmannDecodeReorderDequantTile(&reader, coefficients, &predictor,
-                                                        m_Decoder.GetDequantTable(component).data(),
-                                                        tables.m_pDc, tables.m_pAc))
-            ThrowStreamError();
-        transform.TransformTile(coefficients, destination, Stride(component));
+/// Decodes the tiles of a macroblock in one plane, in row order. In most screens, most areas are
+/// plain: then all tiles behind the first repeat it.
+template <size_t Width, size_t Height>
+void ImageDecoderIct::Update::DecodeArea(TileSource& source, IctComponent component, size_t left,
+                                         size_t top) {
+    constexpr size_t Tiles = Width * Height / TileCoefficients;
+    const size_t stride = component == ComponentY ? m_uiLumaStride : m_uiChromaStride;
+    uint8_t* const area = m_Decoder.m_apuiPlanes[component].get() + top * stride + left;
+    const IctTileTables& tables = m_aTables[component];
+
+    const auto first =
+        source.m_Cursor.DecodeTile(tables, source.m_Predictors[component], source.m_piCoefficients);
+    if (Tiles > 1 && first == IctTileCursor::Outcome::Flat &&
+        source.m_Cursor.SkipRepeats(*tables.m_pFast, Tiles - 1)) {
+        FillSamples<Width, Height>(area, stride, FlatTileSample(source.m_piCoefficients[0]));
+        return;
     }
-    cursor.GiveBack();
+    FinishTile(source, component, first, area, stride);
+    for (size_t tile = 1; tile < Tiles; ++tile) {
+        constexpr size_t TilesAcross = Width / TileEdge;
+        DecodeTile(source, component,
+                   area + tile / TilesAcross * TileEdge * stride + tile % TilesAcross * TileEdge,
+                   stride);
+    }
 }
 
-uint8_t* ImageDecoderIct::Update::Destination(const Macroblock& macroblock,
-                                              const IctTile& tile) const {
-    const bool luma = tile.m_Component == ComponentY;
-    const size_t left = macroblock.m_uiLeft / (luma ? 1 : m_Decoder.m_uiChromaDivX);
-    const size_t top = macroblock.m_uiTop / (luma ? 1 : m_Decoder.m_uiChromaDivY);
-    return m_Decoder.m_apuiPlanes[tile.m_Component].get() +
-           (top + tile.m_uiRow) * Stride(tile.m_Component) + left + tile.m_uiColumn;
+void ImageDecoderIct::Update::DecodeTile(TileSource& source, IctComponent component,
+                                         uint8_t* samples, size_t stride) {
+    const auto outcome = source.m_Cursor.DecodeTile(
+        m_aTables[component], source.m_Predictors[component], source.m_piCoefficients);
+    FinishTile(source, component, outcome, samples, stride);
+}
+
+/// Turns what the cursor made of a tile into samples.
+void ImageDecoderIct::Update::FinishTile(TileSource& source, IctComponent component,
+                                         IctTileCursor::Outcome outcome, uint8_t* samples,
+                                         size_t stride) {
+    int16_t* const coefficients = source.m_piCoefficients;
+    switch (outcome) {
+    case IctTileCursor::Outcome::Flat:
+        FillSamples<TileEdge, TileEdge>(samples, stride, FlatTileSample(coefficients[0]));
+        return;
+    case IctTileCursor::Outcome::Low:
+        m_Decoder.m_pInverseIct->TransformLowTile(coefficients, samples, stride);
+        return;
+    case IctTileCursor::Outcome::Declined:
+        if (!m_Decoder.HuffmannDecodeReorderDequantTile(
+                &source.m_Reader, coefficients, &source.m_Predictors[component],
+                m_Decoder.GetDequantTable(component).data(), m_aTables[component].m_pDc,
+                m_aTables[component].m_pAc))
+            ThrowStreamError();
+        break;
+    case IctTileCursor::Outcome::Full:
+        break;
+    }
+    m_Decoder.m_pInverseIct->TransformTile(coefficients, samples, stride);
 }
 
 ImageDecoderIct::ImageDecoderIct(ImageDecoderRenderer* renderer, IStreambuffer* stream,
@@ -180,17 +240,20 @@ uint64_t ImageDecoderIct::HandleUpdateImplementation(unsigned int quality,
 }
 
 uint64_t ImageDecoderIct::HandleUpdateImplementation420(const UpdateRectangle& rectangle) {
-    return HandleUpdateImplementation4xx(rectangle, {IctTiles420, &Update::ScheduleDecodeTile420,
+    return HandleUpdateImplementation4xx(rectangle, {&Update::DecodeMacroblock<IctChroma420>,
+                                                     &Update::ScheduleDecodeTile420,
                                                      &ImageDecoderRenderer::DrawDataYCbCr420});
 }
 
 uint64_t ImageDecoderIct::HandleUpdateImplementation422(const UpdateRectangle& rectangle) {
-    return HandleUpdateImplementation4xx(rectangle, {IctTiles422, &Update::ScheduleDecodeTile422,
+    return HandleUpdateImplementation4xx(rectangle, {&Update::DecodeMacroblock<IctChroma422>,
+                                                     &Update::ScheduleDecodeTile422,
                                                      &ImageDecoderRenderer::DrawDataYCbCr422});
 }
 
 uint64_t ImageDecoderIct::HandleUpdateImplementation444(const UpdateRectangle& rectangle) {
-    return HandleUpdateImplementation4xx(rectangle, {IctTiles444, &Update::ScheduleDecodeTile444,
+    return HandleUpdateImplementation4xx(rectangle, {&Update::DecodeMacroblock<IctChroma444>,
+                                                     &Update::ScheduleDecodeTile444,
                                                      &ImageDecoderRenderer::DrawDataYCbCr444});
 }
 

@@ -92,11 +92,13 @@ private:
                                                         unsigned char*, unsigned char*,
                                                         unsigned char*, const bool*);
     class Update;
-    using ScheduleFunction = UpdateJobs::Function (Update::*)(MacroblockJob&);
+    struct TileSource;
+    using DecodeFunction = void (Update::*)(TileSource&, const Macroblock&);
+    using ScheduleFunction = UpdateJobs::Function (Update::*)(MacroblockBatch&);
 
     /// What differs between the subsamplings.
     struct Variant {
-        IctTiles m_Tiles;
+        DecodeFunction m_pDecode;
         ScheduleFunction m_pSchedule;
         DrawFunction m_pDraw;
     };
@@ -106,6 +108,10 @@ private:
     uint64_t HandleUpdateImplementation444(const UpdateRectangle& rectangle);
     uint64_t HandleUpdateImplementation4xx(const UpdateRectangle& rectangle,
                                            const Variant& variant);
+
+    int16_t* CoefficientsOf(unsigned int worker) const {
+        return &m_piCoefficients[worker * TileCoefficients];
+    }
 
     void SetQuality(unsigned int quality);
     void HookUpTileIndexZigZagAndReorderTable();

@@ -1,7 +1,6 @@
 #include "libimagedecoder/IctCodingTables.h"
 #include "libimagedecoder/ImageDecoderIct.h"
 
-#include <cmath>
 #include <cstring>
 
 namespace Vostrel::libimagedecoder {
@@ -59,7 +58,8 @@ int64_t ImageDecoderIct::CalcDequantDenormDescaleTableValue(unsigned int quant, 
                                                             unsigned char shift,
                                                             unsigned char fracBits, double norm) {
     const double step = 8192.0 / static_cast<double>(QuantiserReciprocal(quant, scale, shift));
-    return std::llround(step * static_cast<double>(uint64_t{1} << fracBits) * norm);
+    const double scaled = step * static_cast<double>(uint64_t{1} << fracBits) * norm;
+    return static_cast<int64_t>(RoundHalfUp(scaled));
 }
 
 void ImageDecoderIct::HookUpDequantDenormDescaleTiles() {

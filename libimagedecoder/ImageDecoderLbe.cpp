@@ -1,8 +1,11 @@
 #include "libimagedecoder/ImageDecoderLbe.h"
 
+#include "libimagedecoder/CpuArch.h"
 #include "libimagedecoder/ImageDecoderRenderer.h"
+#include "libimagedecoder/LbePlaneCursor.h"
 
-#include <algorithm>
+#include <cstring>
+#include <emmintrin.h>
 #include <utility>
 
 namespace Vostrel::libimagedecoder {
@@ -11,13 +14,50 @@ namespace {
 constexpr uint32_t LongLengthBits = 10;
 constexpr uint32_t ShortLengthBits = 7;
 
+/// A row of chroma, or half of one.
+constexpr size_t SamplesAtOnce = 8;
+
+__m128i LoadBytes(const uint8_t* bytes) {
+    return _mm_loadl_epi64(reinterpret_cast<const __m128i*>(bytes));
+}
+
+/// Joins the bytes of eight samples.
+void StoreSamples(const uint8_t* low, __m128i high, uint16_t* samples) {
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(samples), _mm_unpacklo_epi8(LoadBytes(low), high));
+}
+
+constexpr size_t CacheLineBytes = 64;
+
+/// Asks for memory that is about to be written: the rows of a block's samples, of which
+/// blocksInLine lie side by side in a cache line. Each of these blocks asks for its share of the
+/// rows, since a processor has few requests under way at once.
+void PrefetchShare(const void* samples, size_t rowBytes, size_t rows, size_t blocksInLine,
+                   size_t column) {
+    const size_t share = rows / blocksInLine;
+    const auto* row =
+        static_cast<const uint8_t*>(samples) + column % blocksInLine * share * rowBytes;
+    for (size_t i = 0; i < share; ++i, row += rowBytes)
+        __builtin_prefetch(row, 1);
+}
+
+/// For what the fast road declines.
+void DecodePlainly(BitStreamReader& reader, const LbePlaneFormat& format, LbePlaneBytes& plane) {
+    LbePlaneBuffer buffer;
+    DecodeLbePlane(reader, format, buffer);
+    plane.Assign(buffer.Samples(), format.m_uiSamples);
+}
+
 } // namespace
 
 /// One update on its way through the walk.
 class ImageDecoderLbe::Update {
 public:
     Update(ImageDecoderLbe& decoder, const UpdateRectangle& rectangle, const LbeQuality& quality)
-        : m_Decoder(decoder), m_Rectangle(rectangle), m_Quality(quality),
+        : m_Decoder(decoder), m_Rectangle(rectangle),
+          m_Quality(quality), m_LumaFormat{decoder.m_lumaSamplesPerBlock, MacroblockEdge,
+                                           quality.m_uiLumaBits, decoder.m_lumaRunCountBits},
+          m_ChromaFormat{decoder.m_chromaSamplesPerBlock, MacroblockEdge / decoder.m_uiChromaDivX,
+                         2u * quality.m_uiChromaBits, decoder.m_chromaRunCountBits},
           m_uiLumaStride(rectangle.LumaStride()),
           m_uiChromaStride(m_uiLumaStride / decoder.m_uiChromaDivX) {}
 
@@ -26,9 +66,12 @@ public:
         return {m_Decoder.ReadStreamBits(bits), 1 + bits};
     }
 
+    uint32_t ReadBits(unsigned int n) { return m_Decoder.ReadStreamBits(n); }
+    void GiveBack() {}
+
     void DecodeInPlace(const Macroblock& block) { Decode(m_Decoder, block); }
 
-    UpdateJobs::Function Schedule(MacroblockJob& record) { return ScheduleDecodeTile(record); }
+    UpdateJobs::Function Schedule(MacroblockBatch& batch) { return ScheduleDecodeTile(batch); }
 
     void Draw(const bool* skipMask) {
         ImageDecoderRenderer& renderer = *m_Decoder.m_pRenderer;
@@ -40,57 +83,89 @@ public:
 
 private:
     // Two references fit into a std::function without an allocation.
-    UpdateJobs::Function ScheduleDecodeTile(MacroblockJob& record) {
-        return [this, &record](unsigned int /*worker*/) {
-            m_Decoder.DecodeSegment(
-                record, [&](BitStreamReader& reader) { Decode(reader, record.m_Macroblock); });
+    UpdateJobs::Function ScheduleDecodeTile(MacroblockBatch& batch) {
+        return [this, &batch](unsigned int /*worker*/) {
+            m_Decoder.DecodeSegments(batch, [&](BitStreamReader& reader, const Macroblock& block) {
+                Decode(reader, block);
+            });
         };
     }
 
     void Decode(BitStreamReader& reader, const Macroblock& block);
-    void StoreLuma(const Macroblock& block, const uint16_t* samples);
-    void StoreChroma(const Macroblock& block, const uint16_t* samples);
+    void PrefetchNext(const Macroblock& block) const;
+    uint8_t* LumaOf(const Macroblock& block) const;
+    uint16_t* ChromaOf(const Macroblock& block) const;
+    void StoreLuma(const Macroblock& block, const LbePlaneBytes& plane);
+    void StoreChroma(const Macroblock& block, const LbePlaneBytes& plane);
 
     ImageDecoderLbe& m_Decoder;
     const UpdateRectangle& m_Rectangle;
     const LbeQuality& m_Quality;
+    LbePlaneFormat m_LumaFormat;
+    LbePlaneFormat m_ChromaFormat;
     size_t m_uiLumaStride;
     size_t m_uiChromaStride;
 };
 
 void ImageDecoderLbe::Update::Decode(BitStreamReader& reader, const Macroblock& block) {
-    LbePlaneBuffer buffer;
-    DecodeLbePlane(reader,
-                   {m_Decoder.m_lumaSamplesPerBlock, MacroblockEdge, m_Quality.m_uiLumaBits,
-                    m_Decoder.m_lumaRunCountBits},
-                   buffer);
-    StoreLuma(block, buffer.Samples());
-    DecodeLbePlane(reader,
-                   {m_Decoder.m_chromaSamplesPerBlock, MacroblockEdge / m_Decoder.m_uiChromaDivX,
-                    2u * m_Quality.m_uiChromaBits, m_Decoder.m_chromaRunCountBits},
-                   buffer);
-    StoreChroma(block, buffer.Samples());
+    PrefetchNext(block);
+    LbePlaneCursor cursor(reader, m_Decoder.m_pPlaneKernel);
+    LbePlaneBytes plane;
+    const auto decodePlane = [&](const LbePlaneFormat& format) {
+        if (!cursor.DecodePlane(format, plane))
+            DecodePlainly(reader, format, plane);
+    };
+    decodePlane(m_LumaFormat);
+    StoreLuma(block, plane);
+    decodePlane(m_ChromaFormat);
+    StoreChroma(block, plane);
+    cursor.GiveBack();
 }
 
-void ImageDecoderLbe::Update::StoreLuma(const Macroblock& block, const uint16_t* samples) {
-    uint8_t* row = &m_Decoder.m_lumaPlane[block.m_uiTop * m_uiLumaStride + block.m_uiLeft];
+/// The planes of a whole screen have left the caches by the next update, and sixteen rows at once
+/// are more than a processor recognises as streams. Takes 20 to 30 % off the decoding of a desktop
+/// (LbeDesktop420Quality10).
+void ImageDecoderLbe::Update::PrefetchNext(const Macroblock& block) const {
+    constexpr size_t LumaBlocks = CacheLineBytes / MacroblockEdge;
+    const Macroblock next{block.m_uiLeft + CacheLineBytes, block.m_uiTop};
+    if (next.m_uiLeft >= m_uiLumaStride)
+        return;
+    const size_t column = block.m_uiLeft / MacroblockEdge;
+    PrefetchShare(LumaOf(next), m_uiLumaStride, MacroblockEdge, LumaBlocks, column);
+    PrefetchShare(ChromaOf(next), m_uiChromaStride * sizeof(uint16_t),
+                  MacroblockEdge / m_Decoder.m_uiChromaDivY,
+                  LumaBlocks / sizeof(uint16_t) * m_Decoder.m_uiChromaDivX, column);
+}
+
+uint8_t* ImageDecoderLbe::Update::LumaOf(const Macroblock& block) const {
+    return &m_Decoder.m_lumaPlane[block.m_uiTop * m_uiLumaStride + block.m_uiLeft];
+}
+
+uint16_t* ImageDecoderLbe::Update::ChromaOf(const Macroblock& block) const {
+    return &m_Decoder.m_chromaPlane[block.m_uiTop / m_Decoder.m_uiChromaDivY * m_uiChromaStride +
+                                    block.m_uiLeft / m_Decoder.m_uiChromaDivX];
+}
+
+void ImageDecoderLbe::Update::StoreLuma(const Macroblock& block, const LbePlaneBytes& plane) {
+    uint8_t* row = LumaOf(block);
+    const uint8_t* samples = plane.Low();
     for (size_t line = 0; line < MacroblockEdge; ++line) {
-        std::transform(samples, samples + MacroblockEdge, row,
-                       [](uint16_t sample) { return static_cast<uint8_t>(sample); });
+        std::memcpy(row, samples, MacroblockEdge);
         samples += MacroblockEdge;
         row += m_uiLumaStride;
     }
 }
 
-void ImageDecoderLbe::Update::StoreChroma(const Macroblock& block, const uint16_t* samples) {
-    const size_t columns = MacroblockEdge / m_Decoder.m_uiChromaDivX;
-    const size_t lines = MacroblockEdge / m_Decoder.m_uiChromaDivY;
-    uint16_t* row =
-        &m_Decoder.m_chromaPlane[block.m_uiTop / m_Decoder.m_uiChromaDivY * m_uiChromaStride +
-                                 block.m_uiLeft / m_Decoder.m_uiChromaDivX];
-    for (size_t line = 0; line < lines; ++line) {
-        std::copy_n(samples, columns, row);
-        samples += columns;
+void ImageDecoderLbe::Update::StoreChroma(const Macroblock& block, const LbePlaneBytes& plane) {
+    const size_t columns = m_ChromaFormat.m_uiRowWidth;
+    const bool hasHigh = LbePlaneBytes::HasHigh(m_ChromaFormat);
+    uint16_t* row = ChromaOf(block);
+    for (size_t sample = 0; sample < m_ChromaFormat.m_uiSamples; sample += columns) {
+        for (size_t column = 0; column < columns; column += SamplesAtOnce) {
+            const size_t first = sample + column;
+            const __m128i high = hasHigh ? LoadBytes(plane.High() + first) : _mm_setzero_si128();
+            StoreSamples(plane.Low() + first, high, row + column);
+        }
         row += m_uiChromaStride;
     }
 }
@@ -98,8 +173,15 @@ void ImageDecoderLbe::Update::StoreChroma(const Macroblock& block, const uint16_
 ImageDecoderLbe::ImageDecoderLbe(ImageDecoderRenderer* renderer, IStreambuffer* stream,
                                  ILogger* logger, unsigned long threadCount,
                                  unsigned int protocolVersion, unsigned int chromaSubsampling)
+    : ImageDecoderLbe(renderer, stream, logger, threadCount, protocolVersion, chromaSubsampling,
+                      ChooseLbePlaneKernel(CpuArch::GetInstrSetArchExtFlags(logger))) {}
+
+ImageDecoderLbe::ImageDecoderLbe(ImageDecoderRenderer* renderer, IStreambuffer* stream,
+                                 ILogger* logger, unsigned long threadCount,
+                                 unsigned int protocolVersion, unsigned int chromaSubsampling,
+                                 LbePlaneKernel planeKernel)
     : MacroblockDecoder(renderer, stream, logger, threadCount, protocolVersion, chromaSubsampling),
-      m_chromaRunCountBits(protocolVersion != 0 ? 8 : 6),
+      m_pPlaneKernel(planeKernel), m_chromaRunCountBits(protocolVersion != 0 ? 8 : 6),
       m_qualityMask(protocolVersion != 0 ? 15 : 7),
       m_chromaSamplesPerBlock(m_lumaSamplesPerBlock / m_uiChromaDivX / m_uiChromaDivY) {
     CreateJobs(threadCount, "LBE");

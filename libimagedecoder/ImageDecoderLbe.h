@@ -1,7 +1,7 @@
 #pragma once
 
 #include "libimagedecoder/AlignedMemory.h"
-#include "libimagedecoder/LbePlaneDecoder.h"
+#include "libimagedecoder/LbePlaneKernel.h"
 #include "libimagedecoder/LbeQuality.h"
 #include "libimagedecoder/MacroblockDecoder.h"
 
@@ -20,6 +20,11 @@ public:
                     unsigned long threadCount, unsigned int protocolVersion,
                     unsigned int chromaSubsampling);
 
+    /// The same with a given kernel instead of the fastest one.
+    ImageDecoderLbe(ImageDecoderRenderer* renderer, IStreambuffer* stream, ILogger* logger,
+                    unsigned long threadCount, unsigned int protocolVersion,
+                    unsigned int chromaSubsampling, LbePlaneKernel planeKernel);
+
     void SetResolution(unsigned short width, unsigned short height) override;
 
 protected:
@@ -35,6 +40,7 @@ private:
         unsigned short, unsigned long, unsigned long, unsigned char*, unsigned short*, const bool*);
     DrawFunction GetDrawFunction() const;
 
+    LbePlaneKernel m_pPlaneKernel;
     uint32_t m_lumaRunCountBits = 8;
     uint32_t m_chromaRunCountBits; ///< 6 in protocol version 0, else 8
     uint32_t m_qualityMask;        ///< 7 in protocol version 0, else 15

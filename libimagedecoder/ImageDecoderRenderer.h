@@ -145,6 +145,8 @@ private:
     using ConvertFunction = void (YCbCr4xxToArgb32::IYCbCr4xxToArgb32::*)(
         uint32_t*, const uint8_t*, const uint8_t*, const uint8_t*, unsigned short, unsigned short,
         unsigned long, unsigned long, unsigned long, const bool*) const;
+    using ConvertQuantizedFunction = void (YCbCr4xxToArgb32::IYCbCr4xxToArgb32::*)(
+        const YCbCr4xxToArgb32::QuantizedRectangle&, YCbCr4xxToArgb32::QuantizedColours) const;
     using FinalizeFunction = void (ImageDecoderRenderer::*)(const Planes&);
 
     void DrawDataYCbCr4xx(const Planes& planes, FinalizeFunction finalizeArgb,
@@ -163,7 +165,7 @@ private:
     void FinalizeYCbCr4xx(const Planes& planes);
 
     template <size_t ChromaDivX, size_t ChromaDivY>
-    void DrawDataYCbCr4xxQuantized(const QuantizedPlanes& planes);
+    void DrawDataYCbCr4xxQuantized(const QuantizedPlanes& planes, ConvertQuantizedFunction convert);
 
     void AdjustRgb(const ArgbTarget& target, const ArgbRegion& region, size_t lumaStride,
                    const unsigned char* luma) const;

@@ -1,4 +1,5 @@
 #include "libimagedecoder/ImageDecoderRenderer.h"
+#include "libimagedecoder/MaskRuns.h"
 
 #include <algorithm>
 
@@ -67,17 +68,15 @@ void ImageDecoderRenderer::ApplyContrastEnhancement(unsigned short width, unsign
         return;
     // Samples that are deeper than they are said to be must not lead out of the table.
     const unsigned int levelMask = (1u << valueSizeBits) - 1;
-    const size_t maskStride = MacroblocksAcross(width);
-    for (size_t y = 0; y < height; ++y) {
-        const bool* const skip = skipMask + y / MacroblockEdge * maskStride;
-        unsigned char* const row = luma + y * stride;
-        for (size_t left = 0; left < width; left += MacroblockEdge) {
-            if (skip[left / MacroblockEdge])
-                continue;
-            const size_t right = std::min<size_t>(left + MacroblockEdge, width);
-            for (size_t x = left; x < right; ++x)
-                row[x] = lut[row[x] & levelMask];
-        }
+    const size_t columns = MacroblocksAcross(width);
+    for (size_t top = 0; top < height; top += MacroblockEdge, skipMask += columns) {
+        const size_t bottom = std::min<size_t>(top + MacroblockEdge, height);
+        ForEachUnmaskedRun(skipMask, columns, [&](size_t first, size_t end) {
+            const size_t right = std::min<size_t>(end * MacroblockEdge, width);
+            for (size_t y = top; y < bottom; ++y)
+                for (size_t x = first * MacroblockEdge; x < right; ++x)
+                    luma[y * stride + x] = lut[luma[y * stride + x] & levelMask];
+        });
     }
 }
 

@@ -1,4 +1,5 @@
 #include "libimagedecoder/ImageDecoderRenderer.h"
+#include "libimagedecoder/MaskRuns.h"
 
 #include <algorithm>
 #include <cstring>
@@ -19,15 +20,17 @@ struct PlaneCopy {
 };
 
 void CopyUnskipped(const PlaneCopy& copy, const bool* skipMask, size_t maskStride) {
-    for (size_t row = 0; row < copy.m_uiHeight; ++row) {
-        const bool* const skip = skipMask + row / copy.m_uiBlockHeight * maskStride;
-        const unsigned char* const source = copy.m_pucSource + row * copy.m_uiSourceStride;
-        unsigned char* const destination = copy.m_pucDestination + row * copy.m_uiDestinationStride;
-        for (size_t column = 0; column < copy.m_uiWidth; column += copy.m_uiBlockWidth) {
-            if (!skip[column / copy.m_uiBlockWidth])
-                std::memcpy(destination + column, source + column,
-                            std::min(copy.m_uiBlockWidth, copy.m_uiWidth - column));
-        }
+    const size_t blocks = (copy.m_uiWidth + copy.m_uiBlockWidth - 1) / copy.m_uiBlockWidth;
+    for (size_t top = 0; top < copy.m_uiHeight; top += copy.m_uiBlockHeight) {
+        const size_t bottom = std::min(top + copy.m_uiBlockHeight, copy.m_uiHeight);
+        ForEachUnmaskedRun(skipMask, blocks, [&](size_t first, size_t end) {
+            const size_t left = first * copy.m_uiBlockWidth;
+            const size_t samples = std::min(end * copy.m_uiBlockWidth, copy.m_uiWidth) - left;
+            for (size_t row = top; row < bottom; ++row)
+                std::memcpy(copy.m_pucDestination + row * copy.m_uiDestinationStride + left,
+                            copy.m_pucSource + row * copy.m_uiSourceStride + left, samples);
+        });
+        skipMask += maskStride;
     }
 }
 

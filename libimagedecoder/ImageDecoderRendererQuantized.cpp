@@ -5,6 +5,8 @@
 
 namespace Vostrel::libimagedecoder {
 
+using YCbCr4xxToArgb32::IYCbCr4xxToArgb32;
+using YCbCr4xxToArgb32::QuantizedColours;
 using YCbCr4xxToArgb32::YCbCr4xxToArgb32Native;
 
 std::mutex ImageDecoderRenderer::s_Mutex;
@@ -88,37 +90,25 @@ const unsigned int* ImageDecoderRenderer::GetQuantizedLookupTable(unsigned char 
 }
 
 template <size_t ChromaDivX, size_t ChromaDivY>
-void ImageDecoderRenderer::DrawDataYCbCr4xxQuantized(const QuantizedPlanes& planes) {
+void ImageDecoderRenderer::DrawDataYCbCr4xxQuantized(const QuantizedPlanes& planes,
+                                                     ConvertQuantizedFunction convert) {
     const UpdateRectangle& rectangle = planes.m_Rectangle;
     ApplyContrastEnhancement(rectangle.m_uiWidth, rectangle.m_uiHeight, planes.m_uiLumaStride,
                              planes.m_pucLuma, planes.m_uiLumaBits, planes.m_pbSkipMask);
-    const unsigned int* const table =
-        GetQuantizedLookupTable(planes.m_uiLumaBits, planes.m_uiChromaBits);
+    const QuantizedColours colours{
+        planes.m_uiLumaBits, planes.m_uiChromaBits,
+        GetQuantizedLookupTable(planes.m_uiLumaBits, planes.m_uiChromaBits)};
     if (m_puiFramebufferArgb == nullptr)
         return;
-    const unsigned int chromaValueBits = 2u * planes.m_uiChromaBits;
-    // A plane may still hold deeper samples of an earlier update; they must not lead out of the
-    // table.
-    const unsigned int lumaMask = (1u << planes.m_uiLumaBits) - 1;
-    const unsigned int chromaMask = (1u << chromaValueBits) - 1;
-
-    const auto drawRow = [&](const ArgbRegion& region, size_t row, uint32_t* pixels) {
-        const unsigned char* const luma =
-            planes.m_pucLuma + (region.m_uiRow + row) * planes.m_uiLumaStride + region.m_uiColumn;
-        const unsigned short* const chroma =
-            planes.m_pusChroma + (region.m_uiRow + row) / ChromaDivY * planes.m_uiChromaStride +
-            region.m_uiColumn / ChromaDivX;
-        const bool* const skip =
-            region.m_pbSkipMask + row / MacroblockEdge * MacroblocksAcross(region.m_uiWidth);
-        for (size_t column = 0; column < region.m_uiWidth; ++column) {
-            if (!skip[column / MacroblockEdge])
-                pixels[column] = table[(luma[column] & lumaMask) << chromaValueBits |
-                                       (chroma[column / ChromaDivX] & chromaMask)];
-        }
-    };
     const auto draw = [&](const ArgbRegion& region, const ArgbTarget& target) {
-        for (size_t row = 0; row < region.m_uiHeight; ++row)
-            drawRow(region, row, target.At(0, row).m_puiPixels);
+        (m_pConverter.get()->*convert)(
+            {target.m_puiPixels,
+             planes.m_pucLuma + region.m_uiRow * planes.m_uiLumaStride + region.m_uiColumn,
+             planes.m_pusChroma + region.m_uiRow / ChromaDivY * planes.m_uiChromaStride +
+                 region.m_uiColumn / ChromaDivX,
+             region.m_uiWidth, region.m_uiHeight, target.m_uiStride, planes.m_uiLumaStride,
+             planes.m_uiChromaStride, region.m_pbSkipMask},
+            colours);
     };
     const ArgbDrawing drawing =
         PrepareArgbDrawing(rectangle, ChromaDivX, ChromaDivY, planes.m_pbSkipMask);
@@ -136,7 +126,8 @@ void ImageDecoderRenderer::DrawDataYCbCr420Quantized(
                                      uiCValueSizeBits,
                                      luma,
                                      chroma,
-                                     skipMask});
+                                     skipMask},
+                                    &IYCbCr4xxToArgb32::ConvertQuantized420);
 }
 
 void ImageDecoderRenderer::DrawDataYCbCr422Quantized(
@@ -150,7 +141,8 @@ void ImageDecoderRenderer::DrawDataYCbCr422Quantized(
                                      uiCValueSizeBits,
                                      luma,
                                      chroma,
-                                     skipMask});
+                                     skipMask},
+                                    &IYCbCr4xxToArgb32::ConvertQuantized422);
 }
 
 void ImageDecoderRenderer::DrawDataYCbCr444Quantized(
@@ -164,7 +156,8 @@ void ImageDecoderRenderer::DrawDataYCbCr444Quantized(
                                      uiCValueSizeBits,
                                      luma,
                                      chroma,
-                                     skipMask});
+                                     skipMask},
+                                    &IYCbCr4xxToArgb32::ConvertQuantized444);
 }
 
 } // namespace Vostrel::libimagedecoder

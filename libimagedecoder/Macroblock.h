@@ -41,4 +41,35 @@ struct Macroblock {
     size_t m_uiTop;  ///< pixels from the rectangle's top edge, a multiple of 16
 };
 
+/// A place in the walk over the macroblocks of a rectangle, in row order.
+class MacroblockPlace {
+public:
+    explicit MacroblockPlace(const UpdateRectangle& rectangle)
+        : m_uiColumns(static_cast<uint32_t>(rectangle.MacroblockColumns())),
+          m_uiCount(static_cast<uint32_t>(rectangle.MacroblockCount())) {}
+
+    /// macroblocks: at most 65535, the longest skip.
+    void Advance(uint32_t macroblocks) {
+        m_uiIndex += macroblocks;
+        m_uiColumn += macroblocks;
+        if (m_uiColumn >= m_uiColumns && m_uiColumns != 0) {
+            m_uiRow += m_uiColumn / m_uiColumns;
+            m_uiColumn %= m_uiColumns;
+        }
+    }
+
+    bool IsAtEnd() const { return m_uiIndex >= m_uiCount; }
+    size_t Index() const { return m_uiIndex; }
+    Macroblock GetMacroblock() const {
+        return {m_uiColumn * MacroblockEdge, m_uiRow * MacroblockEdge};
+    }
+
+private:
+    uint32_t m_uiColumns;
+    uint32_t m_uiCount;
+    uint32_t m_uiIndex = 0;
+    uint32_t m_uiColumn = 0;
+    uint32_t m_uiRow = 0;
+};
+
 } // namespace Vostrel::libimagedecoder

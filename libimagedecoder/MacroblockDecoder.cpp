@@ -15,8 +15,6 @@ constexpr unsigned long MaxThreads = 1024;
 /// Zero bytes that follow a job's record, so that the 16-bit peek at its last code finds bytes.
 constexpr size_t SegmentSlackBytes = 4;
 
-constexpr uint32_t ShortCountBits = 6;
-
 } // namespace
 
 MacroblockDecoder::MacroblockDecoder(ImageDecoderRenderer* renderer, IStreambuffer* stream,
@@ -70,17 +68,6 @@ bool* MacroblockDecoder::PrepareSkipMask(size_t macroblocks) {
     return m_pbSkipMask.get();
 }
 
-/// 0: count 0. 10 and six bits: count 0..63. 11 and a long count, whose all-ones value ends the
-/// update.
-MacroblockDecoder::SkipCode MacroblockDecoder::ReadSkipCode() {
-    if (ReadStreamBit() == 0)
-        return {0, 1};
-    if (ReadStreamBit() == 0)
-        return {static_cast<int32_t>(ReadStreamBits(ShortCountBits)), 2 + ShortCountBits};
-    const uint32_t count = ReadStreamBits(m_uiLongCountBits);
-    return {count == m_uiLongCountEscape ? -1 : static_cast<int32_t>(count), 2 + m_uiLongCountBits};
-}
-
 /// Gives a job its own copy of a record of recordBytes. The reader holds the record's first bytes
 /// already, fieldBits of them used up by the skip code and the length. Its counters go to the job,
 /// with the bytes that they come from in front of the copied ones, so that a job's stream looks
@@ -106,13 +93,22 @@ void MacroblockDecoder::CutSegment(MacroblockJob& record, size_t recordBytes, ui
 
 /// Memory for a segment: from the segment store while it has room, else the record's own.
 uint8_t* MacroblockDecoder::TakeSegment(MacroblockJob& record, size_t bytes) {
-    if (m_vecSegmentStore.size() - m_uiSegmentStoreUsed < bytes) {
-        record.m_puiOwned = std::make_unique_for_overwrite<uint8_t[]>(bytes);
+    if (m_vecSegmentStore.size() - m_uiSegmentStoreUsed < bytes + SegmentReadableBytes) {
+        record.m_puiOwned = std::make_unique<uint8_t[]>(bytes + SegmentReadableBytes);
         return record.m_puiOwned.get();
     }
     uint8_t* const segment = m_vecSegmentStore.data() + m_uiSegmentStoreUsed;
     m_uiSegmentStoreUsed += bytes;
     return segment;
+}
+
+/// Leaves readable bytes behind the last segment of a batch. Those of the next batch will not do:
+/// they are written while a worker may look at them.
+void MacroblockDecoder::EndSegments() {
+    const size_t bytes =
+        std::min(SegmentReadableBytes, m_vecSegmentStore.size() - m_uiSegmentStoreUsed);
+    std::fill_n(m_vecSegmentStore.data() + m_uiSegmentStoreUsed, bytes, uint8_t{0});
+    m_uiSegmentStoreUsed += bytes;
 }
 
 } // namespace Vostrel::libimagedecoder

@@ -16,10 +16,14 @@ namespace Vostrel::libimagedecoder {
 /// unchanged ones, the changed area, and the cutting of a record out of the stream for a job.
 ///
 /// An encoding hands the walk a codec, one object for one update, with
-///   RecordLength ReadLength()                      the length that precedes a coded macroblock;
-///   void DecodeInPlace(const Macroblock&)          decode it from the frame's own bit reader;
-///   UpdateJobs::Function Schedule(MacroblockJob&)  a job that decodes it from its own bytes;
-///   void Draw(const bool* skipMask)                hand the decoded planes to the renderer.
+///   uint32_t ReadBits(unsigned int n)                read 1 to 16 bits of the update;
+///   RecordLength ReadLength()                        the length that precedes a coded macroblock;
+///   void DecodeInPlace(const Macroblock&)            decode it from the update's bits;
+///   void GiveBack()                                  make the frame's own bit reader current: the
+///                                                    codec may have read ahead of it;
+///   UpdateJobs::Function Schedule(MacroblockBatch&)  a job that decodes macroblocks, each from its
+///                                                    own bytes;
+///   void Draw(const bool* skipMask)                  hand the decoded planes to the renderer.
 class MacroblockDecoder : public IImageDecoder {
 protected:
     /// Byte length of a macroblock's record, counted from the start of the skip code before it,
@@ -64,10 +68,13 @@ protected:
     template <class Codec>
     uint64_t DecodeMacroblocks(const UpdateRectangle& rectangle, Codec& codec);
 
-    /// Runs decode(BitStreamReader&) over a record's own bytes, on whatever thread a job is on.
-    /// What it throws is kept for the driving thread.
+    /// Runs decode(BitStreamReader&, const Macroblock&) over each record's own bytes, on whatever
+    /// thread a job is on. What it throws is kept for the driving thread.
     template <class Decode>
-    void DecodeSegment(MacroblockJob& record, Decode decode);
+    void DecodeSegments(MacroblockBatch& batch, Decode decode);
+
+    /// Bytes behind the stream of such a reader that may be looked at, whatever they hold.
+    static constexpr size_t SegmentReadableBytes = 240;
 
     /// Throws ImageDecoderException "StreamError".
     [[noreturn]] static void ThrowStreamError();
@@ -78,6 +85,7 @@ private:
         int32_t m_iCount = 0;
         uint32_t m_uiBits = 0; ///< length of the code itself
     };
+    static constexpr uint32_t ShortCountBits = 6;
 
     template <class Codec>
     void Walk(const UpdateRectangle& rectangle, Codec& codec, bool* skipMask, ChangedArea& changed);
@@ -85,11 +93,14 @@ private:
     template <class Codec>
     void DecodeCoded(const Macroblock& macroblock, uint32_t skipCodeBits, Codec& codec);
 
+    template <class Codec>
+    SkipCode ReadSkipCode(Codec& codec) const;
+
     void CheckRectangle(const UpdateRectangle& rectangle) const;
     bool* PrepareSkipMask(size_t macroblocks);
-    SkipCode ReadSkipCode();
     void CutSegment(MacroblockJob& record, size_t recordBytes, uint32_t fieldBits);
     uint8_t* TakeSegment(MacroblockJob& record, size_t bytes);
+    void EndSegments();
 
     uint16_t m_uiWidth = 0;
     uint16_t m_uiHeight = 0;
@@ -105,7 +116,15 @@ uint64_t MacroblockDecoder::DecodeMacroblocks(const UpdateRectangle& rectangle, 
     m_uiSegmentStoreUsed = 0;
     bool* const skipMask = PrepareSkipMask(rectangle.MacroblockCount());
     ChangedArea changed;
-    m_pJobs->Run([&] { Walk(rectangle, codec, skipMask, changed); });
+    m_pJobs->Run(
+        [&] {
+            Walk(rectangle, codec, skipMask, changed);
+            codec.GiveBack();
+        },
+        [&](MacroblockBatch& batch) {
+            EndSegments();
+            return codec.Schedule(batch);
+        });
     codec.Draw(skipMask);
     return changed.Packed(rectangle);
 }
@@ -113,23 +132,31 @@ uint64_t MacroblockDecoder::DecodeMacroblocks(const UpdateRectangle& rectangle, 
 template <class Codec>
 void MacroblockDecoder::Walk(const UpdateRectangle& rectangle, Codec& codec, bool* skipMask,
                              ChangedArea& changed) {
-    SkipCode skip = ReadSkipCode();
-    bool* unchanged = skipMask;
-    for (size_t top = 0; top < rectangle.m_uiHeight; top += MacroblockEdge) {
-        for (size_t left = 0; left < rectangle.m_uiWidth; left += MacroblockEdge, ++unchanged) {
-            if (skip.m_iCount < 0)
-                return;
-            if (skip.m_iCount > 0) {
-                --skip.m_iCount;
-                continue;
-            }
-            const Macroblock macroblock{left, top};
-            *unchanged = false;
-            changed.Include(macroblock);
-            DecodeCoded(macroblock, skip.m_uiBits, codec);
-            skip = ReadSkipCode();
-        }
+    MacroblockPlace place(rectangle);
+    SkipCode skip = ReadSkipCode(codec);
+    while (skip.m_iCount >= 0) {
+        place.Advance(static_cast<uint32_t>(skip.m_iCount));
+        if (place.IsAtEnd())
+            return;
+        const Macroblock macroblock = place.GetMacroblock();
+        skipMask[place.Index()] = false;
+        changed.Include(macroblock);
+        DecodeCoded(macroblock, skip.m_uiBits, codec);
+        place.Advance(1);
+        skip = ReadSkipCode(codec);
     }
+}
+
+/// 0: count 0. 10 and six bits: count 0..63. 11 and a long count, whose all-ones value ends the
+/// update.
+template <class Codec>
+MacroblockDecoder::SkipCode MacroblockDecoder::ReadSkipCode(Codec& codec) const {
+    if (codec.ReadBits(1) == 0)
+        return {0, 1};
+    if (codec.ReadBits(1) == 0)
+        return {static_cast<int32_t>(codec.ReadBits(ShortCountBits)), 2 + ShortCountBits};
+    const uint32_t count = codec.ReadBits(m_uiLongCountBits);
+    return {count == m_uiLongCountEscape ? -1 : static_cast<int32_t>(count), 2 + m_uiLongCountBits};
 }
 
 template <class Codec>
@@ -140,19 +167,20 @@ void MacroblockDecoder::DecodeCoded(const Macroblock& macroblock, uint32_t skipC
         codec.DecodeInPlace(macroblock);
         return;
     }
+    codec.GiveBack();
     MacroblockJob& record = m_pJobs->NewRecord();
     record.m_Macroblock = macroblock;
     CutSegment(record, length.m_uiBytes, skipCodeBits + length.m_uiBits);
-    m_pJobs->Add(codec.Schedule(record));
+    m_pJobs->AddRecord();
 }
 
 template <class Decode>
-void MacroblockDecoder::DecodeSegment(MacroblockJob& record, Decode decode) {
-    m_pJobs->Guarded(record, [&] {
+void MacroblockDecoder::DecodeSegments(MacroblockBatch& batch, Decode decode) {
+    m_pJobs->DecodeBatch(batch, [&](MacroblockJob& record) {
         StreambufferArray segment(m_pLogger, record.m_puiSegment, record.m_uiSegmentBytes);
         segment.SetPosition(record.m_uiHeldBytes);
         BitStreamReader reader(&segment, record.m_ReaderState);
-        decode(reader);
+        decode(reader, record.m_Macroblock);
     });
 }
 

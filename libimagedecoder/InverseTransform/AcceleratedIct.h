@@ -42,25 +42,42 @@ inline typename Lanes::Register RowProduct(typename Lanes::Register rows) {
                               Lanes::SpreadFour(Basis[Frequencies]));
 }
 
+/// Which frequencies of a tile may be set: those up to 3 alone, or all.
+enum class Frequencies { Low, All };
+
+/// What the pair that holds the low even or odd frequencies adds to the samples, and the pair above
+/// it.
+template <Frequencies Range, FrequencyPair Low, FrequencyPair High, typename Lanes>
+inline typename Lanes::Register RowSum(typename Lanes::Register rows) {
+    const auto low = RowProduct<Low, Lanes>(rows);
+    if (Range == Frequencies::Low)
+        return low;
+    return Lanes::Add(low, RowProduct<High, Lanes>(rows));
+}
+
 /// Row pass of the rows in a register: their samples 0 to 7, saturated to 16 bits.
-template <typename Lanes>
+template <Frequencies Range, typename Lanes>
 inline typename Lanes::Register InverseRows(typename Lanes::Register rows) {
-    const auto even = Lanes::Add(RowProduct<Pair02, Lanes>(rows), RowProduct<Pair46, Lanes>(rows));
-    const auto odd = Lanes::Add(RowProduct<Pair13, Lanes>(rows), RowProduct<Pair57, Lanes>(rows));
+    const auto even = RowSum<Range, Pair02, Pair46, Lanes>(rows);
+    const auto odd = RowSum<Range, Pair13, Pair57, Lanes>(rows);
     return Lanes::Pack(Lanes::Add(even, odd), Lanes::ReverseLanes(Lanes::Sub(even, odd)));
 }
 
 /// Column pass of as many columns as a register has 32-bit lanes. rows: the row results of each
 /// frequency pair, interleaved. y: the 32-bit samples of the rows 0 to 7.
-template <typename Lanes>
+template <Frequencies Range, typename Lanes>
 inline void InverseColumns(const typename Lanes::Register (&rows)[PairCount],
                            typename Lanes::Register (&y)[8]) {
     for (int n = 0; n < 4; ++n) {
-        const auto product = [&rows, n](FrequencyPair pair) {
-            return Lanes::MultiplyAdd(rows[pair], Lanes::Spread(Basis[pair][n]));
+        const auto sum = [&rows, n](FrequencyPair low, FrequencyPair high) {
+            const auto product = Lanes::MultiplyAdd(rows[low], Lanes::Spread(Basis[low][n]));
+            if (Range == Frequencies::Low)
+                return product;
+            return Lanes::Add(product,
+                              Lanes::MultiplyAdd(rows[high], Lanes::Spread(Basis[high][n])));
         };
-        const auto even = Lanes::Add(product(Pair02), product(Pair46));
-        const auto odd = Lanes::Add(product(Pair13), product(Pair57));
+        const auto even = sum(Pair02, Pair46);
+        const auto odd = sum(Pair13, Pair57);
         y[n] = Lanes::Add(even, odd);
         y[7 - n] = Lanes::Sub(even, odd);
     }

@@ -19,6 +19,11 @@ IInverseIct::IInverseIct(ILogger* logger) : m_pLogger(logger) {}
 
 IInverseIct::~IInverseIct() = default;
 
+void IInverseIct::TransformLowTile(short* coefficients, unsigned char* destination,
+                                   unsigned long stride) {
+    TransformTile(coefficients, destination, stride);
+}
+
 const double* IInverseIct::GetNormalizationFactors() const {
     return s_afNormalizationCoefficients;
 }

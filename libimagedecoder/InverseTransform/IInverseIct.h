@@ -48,9 +48,10 @@ public:
     /// The column pass drops this many bits, so coefficients carry them as fraction.
     virtual std::uint8_t GetScalingAsShift() const;
 
-    /// What TransformTile makes of a tile in which only the coefficient 0 is set: 64 equal samples.
-    virtual void TransformFlatTile(short coefficient, unsigned char* destination,
-                                   unsigned long stride) const = 0;
+    /// What TransformTile makes of a tile in which no coefficient of a frequency above 3, vertical
+    /// or horizontal, is set.
+    virtual void TransformLowTile(short* coefficients, unsigned char* destination,
+                                  unsigned long stride);
 
     /// What GetNormalizationFactors returns.
     static const double s_afNormalizationCoefficients[8];
@@ -58,5 +59,11 @@ public:
 protected:
     ILogger* m_pLogger;
 };
+
+/// What every kernel makes of a tile in which only the coefficient 0 is set: 64 times this sample.
+inline std::uint8_t FlatTileSample(short coefficient) {
+    const int sample = (coefficient >> 6) + 128;
+    return static_cast<std::uint8_t>(sample < 0 ? 0 : sample > 255 ? 255 : sample);
+}
 
 } // namespace Vostrel::libimagedecoder::InverseTransform::InverseIct

@@ -53,16 +53,20 @@ __m256i LoadTwoRows(const short* coefficients, int n) {
 /// rows: the row results 0 and 1, 2 and 3, 4 and 5, 6 and 7. Interleaving two registers gives an
 /// even pair in one half and an odd pair in the other; the halves of the left and the right four
 /// columns then meet.
+template <Frequencies Range>
 void InverseAllColumns(const __m256i (&rows)[4], __m256i (&y)[8]) {
+    __m256i pairs[PairCount];
     const __m256i upperLeft = _mm256_unpacklo_epi16(rows[0], rows[1]);
     const __m256i upperRight = _mm256_unpackhi_epi16(rows[0], rows[1]);
-    const __m256i lowerLeft = _mm256_unpacklo_epi16(rows[2], rows[3]);
-    const __m256i lowerRight = _mm256_unpackhi_epi16(rows[2], rows[3]);
-    const __m256i pairs[PairCount] = {_mm256_permute2x128_si256(upperLeft, upperRight, 0x20),
-                                      _mm256_permute2x128_si256(lowerLeft, lowerRight, 0x20),
-                                      _mm256_permute2x128_si256(upperLeft, upperRight, 0x31),
-                                      _mm256_permute2x128_si256(lowerLeft, lowerRight, 0x31)};
-    InverseColumns<Lanes256>(pairs, y);
+    pairs[Pair02] = _mm256_permute2x128_si256(upperLeft, upperRight, 0x20);
+    pairs[Pair13] = _mm256_permute2x128_si256(upperLeft, upperRight, 0x31);
+    if (Range == Frequencies::All) {
+        const __m256i lowerLeft = _mm256_unpacklo_epi16(rows[2], rows[3]);
+        const __m256i lowerRight = _mm256_unpackhi_epi16(rows[2], rows[3]);
+        pairs[Pair46] = _mm256_permute2x128_si256(lowerLeft, lowerRight, 0x20);
+        pairs[Pair57] = _mm256_permute2x128_si256(lowerLeft, lowerRight, 0x31);
+    }
+    InverseColumns<Range, Lanes256>(pairs, y);
 }
 
 /// Four rows of 32-bit sums become samples.
@@ -76,6 +80,19 @@ void StoreFourRows(unsigned char* destination, unsigned long stride, const __m25
     StoreTwoRows(destination + 2 * stride, stride, _mm256_extracti128_si256(rows, 1));
 }
 
+/// Of low frequencies, only the first two registers are looked at.
+template <Frequencies Range>
+void InverseTile(const __m256i (&coefficients)[4], unsigned char* destination,
+                 unsigned long stride) {
+    __m256i rows[4];
+    for (int n = 0; n < (Range == Frequencies::Low ? 2 : 4); ++n)
+        rows[n] = InverseRows<Range, Lanes256>(coefficients[n]);
+    __m256i y[8];
+    InverseAllColumns<Range>(rows, y);
+    StoreFourRows(destination, stride, y);
+    StoreFourRows(destination + 4 * stride, stride, y + 4);
+}
+
 } // namespace
 
 InverseIctAvx2::InverseIctAvx2(ILogger* logger) : IInverseIct(logger) {
@@ -86,24 +103,19 @@ InverseIctAvx2::~InverseIctAvx2() = default;
 
 void InverseIctAvx2::TransformTile(short* coefficients, unsigned char* destination,
                                    unsigned long stride) {
-    __m256i rows[4] = {LoadTwoRows(coefficients, 0), LoadTwoRows(coefficients, 1),
-                       LoadTwoRows(coefficients, 2), LoadTwoRows(coefficients, 3)};
+    const __m256i rows[4] = {LoadTwoRows(coefficients, 0), LoadTwoRows(coefficients, 1),
+                             LoadTwoRows(coefficients, 2), LoadTwoRows(coefficients, 3)};
     if (IsFlatTile<Lanes256>(rows)) {
         StoreFlatTile(destination, stride, coefficients[0]);
         return;
     }
-    for (__m256i& twoRows : rows)
-        twoRows = InverseRows<Lanes256>(twoRows);
-
-    __m256i y[8];
-    InverseAllColumns(rows, y);
-    StoreFourRows(destination, stride, y);
-    StoreFourRows(destination + 4 * stride, stride, y + 4);
+    InverseTile<Frequencies::All>(rows, destination, stride);
 }
 
-void InverseIctAvx2::TransformFlatTile(short coefficient, unsigned char* destination,
-                                       unsigned long stride) const {
-    StoreFlatTile(destination, stride, coefficient);
+void InverseIctAvx2::TransformLowTile(short* coefficients, unsigned char* destination,
+                                      unsigned long stride) {
+    InverseTile<Frequencies::Low>({LoadTwoRows(coefficients, 0), LoadTwoRows(coefficients, 1)},
+                                  destination, stride);
 }
 
 bool InverseIctAvx2::IsAccelerated() const {

@@ -14,8 +14,8 @@ public:
 
     void TransformTile(short* coefficients, unsigned char* destination,
                        unsigned long stride) override;
-    void TransformFlatTile(short coefficient, unsigned char* destination,
-                           unsigned long stride) const override;
+    void TransformLowTile(short* coefficients, unsigned char* destination,
+                          unsigned long stride) override;
     bool IsAccelerated() const override;
     const unsigned char* GetTileIndexPermutation() const override;
     std::uint16_t GetDataAlignmentBytes() const override;

@@ -87,13 +87,6 @@ unsigned char InverseIctNative::Clamp(int sum) const {
     return m_pClampLut[std::clamp(sum >> ScalingShift, -ClampLutReach, ClampLutReach - 1)];
 }
 
-void InverseIctNative::TransformFlatTile(short coefficient, unsigned char* destination,
-                                         unsigned long stride) const {
-    const unsigned char sample = Clamp(coefficient);
-    for (std::size_t row = 0; row < TileEdge; ++row)
-        std::fill_n(destination + row * stride, TileEdge, sample);
-}
-
 bool InverseIctNative::IsAccelerated() const {
     return false;
 }

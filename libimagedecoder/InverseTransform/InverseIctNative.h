@@ -15,8 +15,6 @@ public:
 
     void TransformTile(short* coefficients, unsigned char* destination,
                        unsigned long stride) override;
-    void TransformFlatTile(short coefficient, unsigned char* destination,
-                           unsigned long stride) const override;
     bool IsAccelerated() const override;
     const unsigned char* GetTileIndexPermutation() const override;
     std::uint16_t GetDataAlignmentBytes() const override;

@@ -51,12 +51,34 @@ __m128i Interleave(__m128i a, __m128i b) {
     return Half == Columns::Left ? _mm_unpacklo_epi16(a, b) : _mm_unpackhi_epi16(a, b);
 }
 
-template <Columns Half>
+template <Frequencies Range, Columns Half>
 void InverseFourColumns(const __m128i (&rows)[8], __m128i (&y)[8]) {
-    const __m128i pairs[PairCount] = {
-        Interleave<Half>(rows[0], rows[2]), Interleave<Half>(rows[4], rows[6]),
-        Interleave<Half>(rows[1], rows[3]), Interleave<Half>(rows[5], rows[7])};
-    InverseColumns<Lanes128>(pairs, y);
+    __m128i pairs[PairCount];
+    pairs[Pair02] = Interleave<Half>(rows[0], rows[2]);
+    pairs[Pair13] = Interleave<Half>(rows[1], rows[3]);
+    if (Range == Frequencies::All) {
+        pairs[Pair46] = Interleave<Half>(rows[4], rows[6]);
+        pairs[Pair57] = Interleave<Half>(rows[5], rows[7]);
+    }
+    InverseColumns<Range, Lanes128>(pairs, y);
+}
+
+/// Of low frequencies, only the first four rows are looked at.
+template <Frequencies Range>
+void InverseTile(const __m128i (&coefficients)[8], unsigned char* destination,
+                 unsigned long stride) {
+    __m128i rows[8];
+    for (int row = 0; row < (Range == Frequencies::Low ? 4 : 8); ++row)
+        rows[row] = InverseRows<Range, Lanes128>(coefficients[row]);
+
+    __m128i left[8];
+    __m128i right[8];
+    InverseFourColumns<Range, Columns::Left>(rows, left);
+    InverseFourColumns<Range, Columns::Right>(rows, right);
+    for (int row = 0; row < 8; row += 2)
+        StoreTwoRows(destination + static_cast<unsigned long>(row) * stride, stride,
+                     PackSamples<Lanes128>(Lanes128::Pack(left[row], right[row]),
+                                           Lanes128::Pack(left[row + 1], right[row + 1])));
 }
 
 } // namespace
@@ -69,29 +91,22 @@ InverseIctSse2::~InverseIctSse2() = default;
 
 void InverseIctSse2::TransformTile(short* coefficients, unsigned char* destination,
                                    unsigned long stride) {
-    __m128i rows[8] = {LoadRow(coefficients, 0), LoadRow(coefficients, 1), LoadRow(coefficients, 2),
-                       LoadRow(coefficients, 3), LoadRow(coefficients, 4), LoadRow(coefficients, 5),
-                       LoadRow(coefficients, 6), LoadRow(coefficients, 7)};
+    const __m128i rows[8] = {LoadRow(coefficients, 0), LoadRow(coefficients, 1),
+                             LoadRow(coefficients, 2), LoadRow(coefficients, 3),
+                             LoadRow(coefficients, 4), LoadRow(coefficients, 5),
+                             LoadRow(coefficients, 6), LoadRow(coefficients, 7)};
     if (IsFlatTile<Lanes128>(rows)) {
         StoreFlatTile(destination, stride, coefficients[0]);
         return;
     }
-    for (__m128i& row : rows)
-        row = InverseRows<Lanes128>(row);
-
-    __m128i left[8];
-    __m128i right[8];
-    InverseFourColumns<Columns::Left>(rows, left);
-    InverseFourColumns<Columns::Right>(rows, right);
-    for (int row = 0; row < 8; row += 2)
-        StoreTwoRows(destination + static_cast<unsigned long>(row) * stride, stride,
-                     PackSamples<Lanes128>(Lanes128::Pack(left[row], right[row]),
-                                           Lanes128::Pack(left[row + 1], right[row + 1])));
+    InverseTile<Frequencies::All>(rows, destination, stride);
 }
 
-void InverseIctSse2::TransformFlatTile(short coefficient, unsigned char* destination,
-                                       unsigned long stride) const {
-    StoreFlatTile(destination, stride, coefficient);
+void InverseIctSse2::TransformLowTile(short* coefficients, unsigned char* destination,
+                                      unsigned long stride) {
+    InverseTile<Frequencies::Low>({LoadRow(coefficients, 0), LoadRow(coefficients, 1),
+                                   LoadRow(coefficients, 2), LoadRow(coefficients, 3)},
+                                  destination, stride);
 }
 
 bool InverseIctSse2::IsAccelerated() const {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "libimagedecoder/YCbCr4xxToArgb32/QuantizedRectangle.h"
+
 #include <cstdint>
 
 namespace Vostrel::libimagedecoder {
@@ -48,6 +50,16 @@ public:
                             unsigned short height, unsigned long destinationStride,
                             unsigned long lumaStride, unsigned long chromaStride,
                             const bool* skipMask) const = 0;
+
+    /// Reduced-depth samples in the three subsamplings. Rectangle and mask are treated as above,
+    /// and every pixel becomes colours.Word(luma level, chroma value) in all variants; these read
+    /// the table, the accelerated ones calculate.
+    virtual void ConvertQuantized420(const QuantizedRectangle& area,
+                                     QuantizedColours colours) const;
+    virtual void ConvertQuantized422(const QuantizedRectangle& area,
+                                     QuantizedColours colours) const;
+    virtual void ConvertQuantized444(const QuantizedRectangle& area,
+                                     QuantizedColours colours) const;
 
 protected:
     ILogger* m_pLogger;

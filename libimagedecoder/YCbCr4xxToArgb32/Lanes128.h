@@ -6,7 +6,7 @@
 
 namespace Vostrel::libimagedecoder::YCbCr4xxToArgb32 {
 
-// In an unnamed namespace for the reason that RectangleWalk.h gives: the AVX2 variant compiles this
+// In an unnamed namespace for the reason that MaskRuns.h gives: the AVX2 variant compiles this
 // too, for the ends of its runs.
 namespace {
 
@@ -23,6 +23,10 @@ struct Lanes128 {
                                  _mm_setzero_si128());
     }
     static Register LoadFullRate(const std::uint8_t* samples) { return LoadHalfRate(samples); }
+    static Register LoadHalfRate(const std::uint16_t* values) {
+        return _mm_loadu_si128(reinterpret_cast<const __m128i*>(values));
+    }
+    static Register LoadFullRate(const std::uint16_t* values) { return LoadHalfRate(values); }
     static void Store(std::uint32_t* words, Register a) {
         _mm_storeu_si128(reinterpret_cast<__m128i*>(words), a);
     }
@@ -35,6 +39,20 @@ struct Lanes128 {
     }
     static Register MultiplyHigh(Register a, short factor) {
         return _mm_mulhi_epi16(a, Spread16(factor));
+    }
+
+    static Register MultiplyLow(Register a, short factor) {
+        return _mm_mullo_epi16(a, Spread16(factor));
+    }
+    static Register And(Register a, short mask) { return _mm_and_si128(a, Spread16(mask)); }
+    static Register AtLeast(Register a, short least) { return _mm_max_epi16(a, Spread16(least)); }
+    template <int Bits>
+    static Register ShiftLeft(Register a) {
+        return _mm_slli_epi16(a, Bits);
+    }
+    template <int Bits>
+    static Register ShiftRight(Register a) {
+        return _mm_srai_epi16(a, Bits);
     }
 
     static Register PackBytes(Register a, Register b) { return _mm_packus_epi16(a, b); }

@@ -30,6 +30,13 @@ struct Lanes256 {
         return _mm256_cvtepu8_epi16(_mm_shuffle_epi32(
             _mm_loadu_si128(reinterpret_cast<const __m128i*>(samples)), _MM_SHUFFLE(3, 1, 2, 0)));
     }
+    static Register LoadHalfRate(const std::uint16_t* values) {
+        return LoadLuma(reinterpret_cast<const std::uint8_t*>(values));
+    }
+    static Register LoadFullRate(const std::uint16_t* values) {
+        return _mm256_permute4x64_epi64(
+            _mm256_loadu_si256(reinterpret_cast<const __m256i*>(values)), _MM_SHUFFLE(3, 1, 2, 0));
+    }
     static void Store(std::uint32_t* words, Register a) {
         _mm256_storeu_si256(reinterpret_cast<__m256i*>(words), a);
     }
@@ -42,6 +49,22 @@ struct Lanes256 {
     }
     static Register MultiplyHigh(Register a, short factor) {
         return _mm256_mulhi_epi16(a, Spread16(factor));
+    }
+
+    static Register MultiplyLow(Register a, short factor) {
+        return _mm256_mullo_epi16(a, Spread16(factor));
+    }
+    static Register And(Register a, short mask) { return _mm256_and_si256(a, Spread16(mask)); }
+    static Register AtLeast(Register a, short least) {
+        return _mm256_max_epi16(a, Spread16(least));
+    }
+    template <int Bits>
+    static Register ShiftLeft(Register a) {
+        return _mm256_slli_epi16(a, Bits);
+    }
+    template <int Bits>
+    static Register ShiftRight(Register a) {
+        return _mm256_srai_epi16(a, Bits);
     }
 
     static Register PackBytes(Register a, Register b) { return _mm256_packus_epi16(a, b); }

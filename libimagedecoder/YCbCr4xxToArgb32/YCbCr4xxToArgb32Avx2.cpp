@@ -4,6 +4,7 @@
 #include "libimagedecoder/YCbCr4xxToArgb32/AcceleratedPixels.h"
 #include "libimagedecoder/YCbCr4xxToArgb32/Lanes128.h"
 #include "libimagedecoder/YCbCr4xxToArgb32/Lanes256.h"
+#include "libimagedecoder/YCbCr4xxToArgb32/QuantizedPixels.h"
 
 // This file is compiled for AVX2. It must not instantiate inline functions with external linkage
 // (the standard library's among them), which the linker might choose for the whole library.
@@ -48,6 +49,21 @@ void YCbCr4xxToArgb32Avx2::Convert444(std::uint32_t* destination, const std::uin
     ConvertRectangle<1, 1, Lanes256, Lanes128>({destination, luma, cb, cr, width, height,
                                                 destinationStride, lumaStride, chromaStride,
                                                 skipMask});
+}
+
+void YCbCr4xxToArgb32Avx2::ConvertQuantized420(const QuantizedRectangle& area,
+                                               QuantizedColours colours) const {
+    ConvertQuantizedRectangle<2, 2, Lanes256, Lanes128>(area, colours);
+}
+
+void YCbCr4xxToArgb32Avx2::ConvertQuantized422(const QuantizedRectangle& area,
+                                               QuantizedColours colours) const {
+    ConvertQuantizedRectangle<2, 1, Lanes256, Lanes128>(area, colours);
+}
+
+void YCbCr4xxToArgb32Avx2::ConvertQuantized444(const QuantizedRectangle& area,
+                                               QuantizedColours colours) const {
+    ConvertQuantizedRectangle<1, 1, Lanes256, Lanes128>(area, colours);
 }
 
 } // namespace Vostrel::libimagedecoder::YCbCr4xxToArgb32

@@ -3,6 +3,7 @@
 #include "libimagedecoder/ILogger.h"
 #include "libimagedecoder/YCbCr4xxToArgb32/AcceleratedPixels.h"
 #include "libimagedecoder/YCbCr4xxToArgb32/Lanes128.h"
+#include "libimagedecoder/YCbCr4xxToArgb32/QuantizedPixels.h"
 
 namespace Vostrel::libimagedecoder::YCbCr4xxToArgb32 {
 
@@ -41,6 +42,21 @@ void YCbCr4xxToArgb32Sse2::Convert444(std::uint32_t* destination, const std::uin
                                       unsigned long chromaStride, const bool* skipMask) const {
     ConvertRectangle<1, 1, Lanes128>({destination, luma, cb, cr, width, height, destinationStride,
                                       lumaStride, chromaStride, skipMask});
+}
+
+void YCbCr4xxToArgb32Sse2::ConvertQuantized420(const QuantizedRectangle& area,
+                                               QuantizedColours colours) const {
+    ConvertQuantizedRectangle<2, 2, Lanes128>(area, colours);
+}
+
+void YCbCr4xxToArgb32Sse2::ConvertQuantized422(const QuantizedRectangle& area,
+                                               QuantizedColours colours) const {
+    ConvertQuantizedRectangle<2, 1, Lanes128>(area, colours);
+}
+
+void YCbCr4xxToArgb32Sse2::ConvertQuantized444(const QuantizedRectangle& area,
+                                               QuantizedColours colours) const {
+    ConvertQuantizedRectangle<1, 1, Lanes128>(area, colours);
 }
 
 } // namespace Vostrel::libimagedecoder::YCbCr4xxToArgb32

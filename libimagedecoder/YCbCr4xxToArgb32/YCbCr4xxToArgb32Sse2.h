@@ -27,6 +27,12 @@ public:
                     const std::uint8_t* cr, unsigned short width, unsigned short height,
                     unsigned long destinationStride, unsigned long lumaStride,
                     unsigned long chromaStride, const bool* skipMask) const override;
+    void ConvertQuantized420(const QuantizedRectangle& area,
+                             QuantizedColours colours) const override;
+    void ConvertQuantized422(const QuantizedRectangle& area,
+                             QuantizedColours colours) const override;
+    void ConvertQuantized444(const QuantizedRectangle& area,
+                             QuantizedColours colours) const override;
 };
 
 } // namespace Vostrel::libimagedecoder::YCbCr4xxToArgb32

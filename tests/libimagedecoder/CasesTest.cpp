@@ -1,3 +1,4 @@
+#include "libimagedecoder/CpuArch.h"
 #include "libimagedecoder/ImageDecoderException.h"
 #include "libimagedecoder/ImageDecoderIct.h"
 #include "libimagedecoder/ImageDecoderLbe.h"
@@ -7,6 +8,7 @@
 #include "libimagedecoder/YCbCr4xxToArgb32/YCbCr4xxToArgb32Factory.h"
 #include "libimagedecoder/YCbCr4xxToArgb32/YCbCr4xxToArgb32Sse2.h"
 #include "tests/model/CaseFile.h"
+#include "tests/support/DefinedMemory.h"
 #include "tests/support/GuardedBuffer.h"
 #include "tests/support/PiecewiseStreambuffer.h"
 #include "tests/support/RecordingLogger.h"
@@ -32,7 +34,7 @@ using YCbCr4xxToArgb32::IYCbCr4xxToArgb32;
 using YCbCr4xxToArgb32::YCbCr4xxToArgb32Factory;
 using YCbCr4xxToArgb32::YCbCr4xxToArgb32Sse2;
 
-/// Which variants of the two kernels a life runs with.
+/// Which variants of the kernels a life runs with.
 enum class Kernels { Portable, Sse2, Fastest };
 
 std::shared_ptr<IInverseIct> MakeTransform(ILogger* logger, Kernels kernels) {
@@ -45,6 +47,11 @@ std::shared_ptr<IYCbCr4xxToArgb32> MakeConverter(ILogger* logger, Kernels kernel
     if (kernels == Kernels::Sse2)
         return std::make_shared<YCbCr4xxToArgb32Sse2>(logger);
     return YCbCr4xxToArgb32Factory::CreateYCbCr4xxToArgb32(logger, kernels == Kernels::Fastest);
+}
+
+LbePlaneKernel ChoosePlaneKernel(Kernels kernels) {
+    const bool fastest = kernels == Kernels::Fastest;
+    return ChooseLbePlaneKernel(fastest ? CpuArch::GetInstrSetArchExtFlags(nullptr) : 0);
 }
 
 /// The memory of a viewer: one ARGB framebuffer, or a Y, a Cb and a Cr framebuffer.
@@ -77,6 +84,12 @@ public:
         for (GuardedBuffer<uint8_t>& part : m_Memory)
             memory.insert(memory.end(), part.begin(), part.end());
         return model::Crc32(memory);
+    }
+
+    bool IsDefined() {
+        return std::ranges::all_of(m_Memory, [](GuardedBuffer<uint8_t>& part) {
+            return tests::IsDefined(part.Data(), part.Count());
+        });
     }
 
     bool GuardsIntact() {
@@ -114,7 +127,8 @@ private:
     std::unique_ptr<IImageDecoder> MakeDecoder() {
         if (m_Life.codec == 1)
             return std::make_unique<ImageDecoderLbe>(&m_Renderer, &m_Stream, &m_Logger,
-                                                     m_Life.threads, m_Life.version, m_Life.chroma);
+                                                     m_Life.threads, m_Life.version, m_Life.chroma,
+                                                     ChoosePlaneKernel(m_Kernels));
         return std::make_unique<ImageDecoderIct>(&m_Renderer, &m_Stream, &m_Logger, m_Life.threads,
                                                  m_Life.version, m_Life.chroma,
                                                  MakeTransform(&m_Logger, m_Kernels));
@@ -135,6 +149,7 @@ private:
         }
         EXPECT_EQ(error, update.error);
         EXPECT_EQ(result, update.result);
+        EXPECT_TRUE(m_Framebuffer.IsDefined());
         EXPECT_EQ(m_Framebuffer.Crc(),
                   m_Kernels == Kernels::Portable ? update.crcPortable : update.crcAccelerated);
         EXPECT_TRUE(m_Framebuffer.GuardsIntact());

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "libimagedecoder/CpuArch.h"
 #include "libimagedecoder/ImageDecoderException.h"
 #include "libimagedecoder/ImageDecoderIct.h"
 #include "libimagedecoder/ImageDecoderLbe.h"
@@ -7,6 +8,7 @@
 #include "libimagedecoder/InverseTransform/InverseIctFactory.h"
 #include "libimagedecoder/YCbCr4xxToArgb32/YCbCr4xxToArgb32Factory.h"
 #include "tests/model/ModelDecoder.h"
+#include "tests/support/DefinedMemory.h"
 #include "tests/support/GuardedBuffer.h"
 #include "tests/support/PiecewiseStreambuffer.h"
 #include "tests/support/RecordingLogger.h"
@@ -90,6 +92,12 @@ public:
         return std::ranges::all_of(m_Memory, [](auto& part) { return part.GuardsIntact(); });
     }
 
+    /// Whether no pixel comes from uninitialised memory; see tests::IsDefined.
+    bool IsFramebufferDefined() {
+        return std::ranges::all_of(
+            m_Memory, [](auto& part) { return tests::IsDefined(part.Data(), part.Count()); });
+    }
+
     ImageDecoderRenderer& Renderer() { return m_Renderer; }
     IImageDecoder& Decoder() { return *m_pDecoder; }
     tests::RecordingLogger& Logger() { return m_Logger; }
@@ -97,11 +105,16 @@ public:
 private:
     bool IsAccelerated() const { return m_Settings.rule == model::KernelRule::Accelerated; }
 
+    LbePlaneKernel PlaneKernel() const {
+        return ChooseLbePlaneKernel(IsAccelerated() ? CpuArch::GetInstrSetArchExtFlags(nullptr)
+                                                    : 0);
+    }
+
     std::unique_ptr<IImageDecoder> MakeDecoder() {
         if (m_Settings.codec == model::ModelCodec::Lbe)
             return std::make_unique<ImageDecoderLbe>(&m_Renderer, &m_Stream, &m_Logger,
                                                      m_Settings.threads, m_Settings.protocolVersion,
-                                                     m_Settings.chroma);
+                                                     m_Settings.chroma, PlaneKernel());
         using InverseTransform::InverseIct::InverseIctFactory;
         return std::make_unique<ImageDecoderIct>(
             &m_Renderer, &m_Stream, &m_Logger, m_Settings.threads, m_Settings.protocolVersion,
@@ -140,6 +153,7 @@ public:
         if (expected.error.empty() || !m_bPool) {
             EXPECT_EQ(actual.consumedBytes, expected.consumedBytes);
         }
+        EXPECT_TRUE(m_Subject.IsFramebufferDefined());
         EXPECT_TRUE(m_Subject.Memory() == m_Model.Renderer().Memory()) << "the pictures differ";
         EXPECT_TRUE(m_Subject.GuardsIntact());
         return expected;

@@ -27,7 +27,6 @@ class CountingTransform : public IInverseIct {
 public:
     using IInverseIct::IInverseIct;
     void TransformTile(short*, unsigned char*, unsigned long) override {}
-    void TransformFlatTile(short, unsigned char*, unsigned long) const override {}
     bool IsAccelerated() const override { return false; }
     const unsigned char* GetTileIndexPermutation() const override { return m_Permutation.data(); }
     const double* GetNormalizationFactors() const override {

@@ -6,11 +6,14 @@
 #include <atomic>
 #include <cerrno>
 #include <chrono>
+#include <functional>
 #include <gtest/gtest.h>
 #include <set>
 #include <stdexcept>
 #include <string>
 #include <thread>
+#include <utility>
+#include <vector>
 
 namespace Vostrel::libimagedecoder {
 
@@ -18,162 +21,216 @@ namespace {
 
 constexpr unsigned int InPlaceWorker = 77;
 
-UpdateJobs WithPool(unsigned long threads) {
-    return UpdateJobs(std::make_unique<libthread::ThreadPool>(threads), InPlaceWorker);
-}
-
 void Pause() {
     std::this_thread::sleep_for(std::chrono::milliseconds(20));
 }
 
-/// Adds a job with a record of its own that calls decode.
-template <class Decode>
-void AddGuarded(UpdateJobs& jobs, Decode decode) {
-    MacroblockJob& record = jobs.NewRecord();
-    jobs.Add([&jobs, &record, decode](unsigned int) { jobs.Guarded(record, decode); });
-}
+/// Jobs of which each calls a function of its own.
+class Jobs {
+public:
+    using Decode = std::function<void(unsigned int)>;
 
-/// A job that waits a little and then fails with a text.
-void AddFailing(UpdateJobs& jobs, const std::string& text, bool late = false) {
-    AddGuarded(jobs, [text, late] {
-        if (late)
-            Pause();
-        throw std::runtime_error(text);
-    });
-}
+    explicit Jobs(unsigned long threads)
+        : m_Jobs(std::make_unique<libthread::ThreadPool>(threads), InPlaceWorker),
+          m_vDecodes(MostJobs) {}
 
-template <class Walk>
-std::string Failure(UpdateJobs& jobs, Walk walk) {
-    try {
-        jobs.Run(walk);
-        return "none";
-    } catch (const std::exception& exception) {
-        return exception.what();
+    UpdateJobs* operator->() { return &m_Jobs; }
+
+    MacroblockJob& Add(Decode decode) {
+        MacroblockJob& record = m_Jobs.NewRecord();
+        record.m_uiHeldBytes = m_uiAdded;
+        m_vDecodes[m_uiAdded++] = std::move(decode);
+        m_Jobs.AddRecord();
+        return record;
     }
-}
+
+    template <class Walk>
+    void Run(Walk walk) {
+        m_uiAdded = 0;
+        m_Jobs.Run(walk, [this](MacroblockBatch& batch) -> UpdateJobs::Function {
+            return [this, &batch](unsigned int worker) {
+                m_Jobs.DecodeBatch(batch, [&](MacroblockJob& record) {
+                    m_vDecodes[record.m_uiHeldBytes](worker);
+                });
+            };
+        });
+    }
+
+    /// A job that waits a little and then fails with a text.
+    void AddFailing(const std::string& text, bool late = false) {
+        Add([text, late](unsigned int) {
+            if (late)
+                Pause();
+            throw std::runtime_error(text);
+        });
+    }
+
+    template <class Walk>
+    std::string Failure(Walk walk) {
+        try {
+            Run(walk);
+            return "none";
+        } catch (const std::exception& exception) {
+            return exception.what();
+        }
+    }
+
+private:
+    static constexpr size_t MostJobs = 6000;
+
+    UpdateJobs m_Jobs;
+    std::vector<Decode> m_vDecodes; ///< never grows: workers look into it
+    size_t m_uiAdded = 0;
+};
+
+void Nothing(unsigned int) {}
+
+constexpr size_t BatchSize = MacroblockBatch::Capacity;
 
 TEST(UpdateJobs, WithoutAPoolTheWalkRunsAlone) {
     UpdateJobs jobs(nullptr, 0);
     EXPECT_FALSE(jobs.HasPool());
     bool walked = false;
-    jobs.Run([&] { walked = true; });
+    const UpdateJobs::Schedule never = [](MacroblockBatch&) -> UpdateJobs::Function {
+        ADD_FAILURE() << "there is nothing to schedule";
+        return {};
+    };
+    jobs.Run([&] { walked = true; }, never);
     EXPECT_TRUE(walked);
-    EXPECT_EQ(Failure(jobs, [] { throw std::runtime_error("walk"); }), "walk");
-    EXPECT_EQ(Failure(jobs, [] {}), "none");
+    EXPECT_THROW(jobs.Run([] { throw std::runtime_error("walk"); }, never), std::runtime_error);
 }
 
 TEST(UpdateJobs, RunReturnsWhenEveryJobHasFinished) {
-    UpdateJobs jobs = WithPool(3);
-    EXPECT_TRUE(jobs.HasPool());
-    std::atomic<int> finished = 0;
-    jobs.Run([&] {
-        for (int i = 0; i < 10; ++i)
-            AddGuarded(jobs, [&] {
-                Pause();
-                ++finished;
-            });
-    });
-    EXPECT_EQ(finished, 10);
+    for (const size_t count : {size_t{1}, BatchSize - 1, BatchSize, BatchSize + 1, 3 * BatchSize}) {
+        Jobs jobs(3);
+        EXPECT_TRUE(jobs->HasPool());
+        std::atomic<size_t> finished = 0;
+        jobs.Run([&] {
+            for (size_t i = 0; i < count; ++i)
+                jobs.Add([&](unsigned int) {
+                    std::this_thread::sleep_for(std::chrono::microseconds(300));
+                    ++finished;
+                });
+        });
+        EXPECT_EQ(finished, count);
+    }
 }
 
 TEST(UpdateJobs, AThrowingWalkLeavesOnlyWhenEveryJobHasFinished) {
-    UpdateJobs jobs = WithPool(2);
-    std::atomic<int> finished = 0;
-    EXPECT_EQ(Failure(jobs,
-                      [&] {
-                          for (int i = 0; i < 6; ++i)
-                              AddGuarded(jobs, [&] {
-                                  Pause();
-                                  ++finished;
-                              });
-                          throw std::runtime_error("walk");
-                      }),
+    for (const size_t count : {size_t{6}, BatchSize, BatchSize + 6}) {
+        Jobs jobs(2);
+        std::atomic<size_t> finished = 0;
+        EXPECT_EQ(jobs.Failure([&] {
+            for (size_t i = 0; i < count; ++i)
+                jobs.Add([&](unsigned int) {
+                    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+                    ++finished;
+                });
+            throw std::runtime_error("walk");
+        }),
+                  "walk");
+        EXPECT_EQ(finished, count);
+    }
+}
+
+TEST(UpdateJobs, ARecordThatWasNotAddedDoesNotCount) {
+    Jobs jobs(1);
+    int decoded = 0;
+    EXPECT_EQ(jobs.Failure([&] {
+        jobs.Add([&](unsigned int) { ++decoded; });
+        jobs->NewRecord().m_uiHeldBytes = 0;
+        throw std::runtime_error("walk");
+    }),
               "walk");
-    EXPECT_EQ(finished, 6);
+    EXPECT_EQ(decoded, 1);
 }
 
 TEST(UpdateJobs, TheFirstFailureInMacroblockOrderWins) {
-    UpdateJobs jobs = WithPool(4);
-    for (int run = 0; run < 20; ++run) {
-        EXPECT_EQ(Failure(jobs,
-                          [&] {
-                              AddGuarded(jobs, [] {});
-                              AddFailing(jobs, "second", true);
-                              AddFailing(jobs, "third");
-                              AddFailing(jobs, "fourth");
-                          }),
+    Jobs jobs(4);
+    for (const size_t between : {size_t{0}, BatchSize - 2, BatchSize, 5 * BatchSize}) {
+        EXPECT_EQ(jobs.Failure([&] {
+            jobs.Add(Nothing);
+            jobs.AddFailing("second", true);
+            for (size_t i = 0; i < between; ++i)
+                jobs.Add(Nothing);
+            jobs.AddFailing("third");
+            jobs.AddFailing("fourth");
+        }),
                   "second");
     }
 }
 
+TEST(UpdateJobs, AFailedJobDoesNotKeepItsNeighboursFromRunning) {
+    Jobs jobs(1);
+    std::atomic<int> decoded = 0;
+    EXPECT_EQ(jobs.Failure([&] {
+        jobs.Add([&](unsigned int) { ++decoded; });
+        jobs.AddFailing("job");
+        jobs.Add([&](unsigned int) { ++decoded; });
+    }),
+              "job");
+    EXPECT_EQ(decoded, 2);
+}
+
 TEST(UpdateJobs, AJobsFailureComesBeforeTheWalksOwn) {
-    UpdateJobs jobs = WithPool(2);
-    EXPECT_EQ(Failure(jobs,
-                      [&] {
-                          AddFailing(jobs, "job", true);
-                          throw std::runtime_error("walk");
-                      }),
+    Jobs jobs(2);
+    EXPECT_EQ(jobs.Failure([&] {
+        jobs.AddFailing("job", true);
+        throw std::runtime_error("walk");
+    }),
               "job");
 }
 
 TEST(UpdateJobs, TheTypeOfTheFailureIsKept) {
-    UpdateJobs jobs = WithPool(1);
-    EXPECT_THROW(jobs.Run([&] { AddGuarded(jobs, [] { throw std::out_of_range("x"); }); }),
-                 std::out_of_range);
-    EXPECT_THROW(jobs.Run([&] { AddGuarded(jobs, [] { throw 5; }); }), int);
+    Jobs jobs(1);
+    EXPECT_THROW(
+        jobs.Run([&] { jobs.Add([](unsigned int) { throw std::out_of_range("x"); }); }),
+        std::out_of_range);
+    EXPECT_THROW(jobs.Run([&] { jobs.Add([](unsigned int) { throw 5; }); }), int);
 }
 
 TEST(UpdateJobs, AFailureIsToldOnce) {
-    UpdateJobs jobs = WithPool(2);
-    EXPECT_EQ(Failure(jobs,
-                      [&] {
-                          AddFailing(jobs, "first");
-                          AddFailing(jobs, "second");
-                          throw std::runtime_error("walk");
-                      }),
+    Jobs jobs(2);
+    EXPECT_EQ(jobs.Failure([&] {
+        jobs.AddFailing("first");
+        jobs.AddFailing("second");
+        throw std::runtime_error("walk");
+    }),
               "first");
-    EXPECT_EQ(Failure(jobs, [] {}), "none");
-    EXPECT_EQ(Failure(jobs,
-                      [&] {
-                          AddGuarded(jobs, [] {});
-                          AddGuarded(jobs, [] {});
-                          AddFailing(jobs, "third");
-                      }),
+    EXPECT_EQ(jobs.Failure([] {}), "none");
+    EXPECT_EQ(jobs.Failure([&] {
+        jobs.Add(Nothing);
+        jobs.Add(Nothing);
+        jobs.AddFailing("third");
+    }),
               "third");
-    EXPECT_EQ(Failure(jobs, [&] { AddGuarded(jobs, [] {}); }), "none");
+    EXPECT_EQ(jobs.Failure([&] { jobs.Add(Nothing); }), "none");
 }
 
 TEST(UpdateJobs, RecordsStayWhereTheyAreAndAreUsedAgain) {
-    UpdateJobs jobs = WithPool(1);
-    std::set<MacroblockJob*> records;
-    MacroblockJob* first = nullptr;
-    jobs.Run([&] {
-        first = &jobs.NewRecord();
-        records.insert(first);
-        for (size_t i = 0; i < 4999; ++i)
-            records.insert(&jobs.NewRecord());
-        first->m_uiSegmentBytes = 1;
-    });
-    EXPECT_EQ(records.size(), 5000u);
-    jobs.Run([&] {
-        EXPECT_EQ(&jobs.NewRecord(), first);
-        for (size_t i = 0; i < 4999; ++i)
-            EXPECT_TRUE(records.contains(&jobs.NewRecord()));
-    });
+    Jobs jobs(1);
+    const auto addMany = [&] {
+        std::vector<MacroblockJob*> records;
+        jobs.Run([&] {
+            for (size_t i = 0; i < 5000; ++i)
+                records.push_back(&jobs.Add(Nothing));
+        });
+        return records;
+    };
+    const std::vector<MacroblockJob*> first = addMany();
+    EXPECT_EQ(std::set<MacroblockJob*>(first.begin(), first.end()).size(), 5000u);
+    EXPECT_EQ(addMany(), first);
 }
 
 TEST(UpdateJobs, AFinishedJobHasFreedTheSegmentItOwned) {
-    UpdateJobs jobs = WithPool(1);
+    Jobs jobs(1);
     MacroblockJob* record = nullptr;
     for (const bool failing : {false, true}) {
-        Failure(jobs, [&] {
-            record = &jobs.NewRecord();
-            record->m_puiOwned = std::make_unique<uint8_t[]>(100);
-            jobs.Add([&, failing](unsigned int) {
-                jobs.Guarded(*record, [failing] {
-                    if (failing)
-                        throw std::runtime_error("x");
-                });
+        jobs.Failure([&] {
+            jobs->NewRecord().m_puiOwned = std::make_unique<uint8_t[]>(100);
+            record = &jobs.Add([failing](unsigned int) {
+                if (failing)
+                    throw std::runtime_error("x");
             });
         });
         EXPECT_EQ(record->m_puiOwned, nullptr);
@@ -181,10 +238,10 @@ TEST(UpdateJobs, AFinishedJobHasFreedTheSegmentItOwned) {
 }
 
 TEST(UpdateJobs, WorkersHaveTheIndexesOfThePool) {
-    UpdateJobs jobs = WithPool(3);
+    Jobs jobs(3);
     std::atomic<bool> inRange = true;
     jobs.Run([&] {
-        for (int i = 0; i < 50; ++i)
+        for (size_t i = 0; i < 10 * BatchSize; ++i)
             jobs.Add([&](unsigned int worker) {
                 if (worker >= 3)
                     inRange = false;
@@ -193,12 +250,12 @@ TEST(UpdateJobs, WorkersHaveTheIndexesOfThePool) {
     EXPECT_TRUE(inRange);
 }
 
-TEST(UpdateJobs, WithoutARunningWorkerJobsRunAtOnceOnTheDrivingThread) {
+TEST(UpdateJobs, WithoutARunningWorkerJobsRunOnTheDrivingThread) {
     tests::SystemCalls calls;
     calls.m_createCode = EAGAIN;
     for (const unsigned long threads : {0ul, 1ul, 4ul}) {
-        UpdateJobs jobs = WithPool(threads);
-        EXPECT_TRUE(jobs.HasPool());
+        Jobs jobs(threads);
+        EXPECT_TRUE(jobs->HasPool());
         unsigned int worker = 0;
         std::thread::id thread;
         jobs.Run([&] {
@@ -206,14 +263,13 @@ TEST(UpdateJobs, WithoutARunningWorkerJobsRunAtOnceOnTheDrivingThread) {
                 worker = index;
                 thread = std::this_thread::get_id();
             });
-            EXPECT_EQ(worker, InPlaceWorker);
         });
+        EXPECT_EQ(worker, InPlaceWorker);
         EXPECT_EQ(thread, std::this_thread::get_id());
-        EXPECT_EQ(Failure(jobs,
-                          [&] {
-                              AddFailing(jobs, "first");
-                              AddFailing(jobs, "second");
-                          }),
+        EXPECT_EQ(jobs.Failure([&] {
+            jobs.AddFailing("first");
+            jobs.AddFailing("second");
+        }),
                   "first");
     }
 }
@@ -222,7 +278,7 @@ TEST(UpdateJobs, OneRunningWorkerOfManyIsEnough) {
     tests::SystemCalls calls;
     calls.m_createCode = EAGAIN;
     calls.m_createFailures = 3;
-    UpdateJobs jobs = WithPool(4);
+    Jobs jobs(4);
     std::atomic<unsigned int> worker = InPlaceWorker;
     jobs.Run([&] { jobs.Add([&](unsigned int index) { worker = index; }); });
     EXPECT_EQ(worker, 3u);

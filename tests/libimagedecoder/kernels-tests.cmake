@@ -2,6 +2,8 @@
 set(KERNEL_TEST_SOURCES
     CpuArchTest.cpp
     KernelFactoryTest.cpp
+    MaskRunsTest.cpp
     InverseTransform/InverseIctTest.cpp
+    YCbCr4xxToArgb32/QuantizedConversionTest.cpp
     YCbCr4xxToArgb32/YCbCr4xxToArgb32Test.cpp)
 set(KERNEL_TEST_LIBS vostrel_imagedecoder model_decoder)

@@ -14,7 +14,9 @@ set(UNIT_TEST_SOURCES
     ImageDecoderExceptionTest.cpp
     ImageDecoderFrameTest.cpp
     LargestFramebufferTest.cpp
+    LbePlaneCursorTest.cpp
     LbePlaneTest.cpp
+    LbeTokensTest.cpp
     LbeUpdateTest.cpp
     QuantizedColourTest.cpp
     RendererTest.cpp

@@ -1,0 +1,26 @@
+#include "libimagedecoder/LbePlaneKernel.h"
+
+#include "libimagedecoder/CpuArch.h"
+
+#include <cstring>
+
+namespace Vostrel::libimagedecoder {
+
+LbePlaneBytes::LbePlaneBytes() {
+    std::memset(Low() - VectorBytes, 0, VectorBytes);
+    std::memset(High() - VectorBytes, 0, VectorBytes);
+}
+
+void LbePlaneBytes::Assign(const uint16_t* samples, size_t count) {
+    for (size_t i = 0; i < count; ++i) {
+        Low()[i] = static_cast<uint8_t>(samples[i]);
+        High()[i] = static_cast<uint8_t>(samples[i] >> 8);
+    }
+}
+
+LbePlaneKernel ChooseLbePlaneKernel(uint32_t processorFlags) {
+    return (processorFlags & InstrSetArchExt::Ssse3) != 0 ? DecodeLbePlaneSsse3
+                                                          : DecodeLbePlaneNative;
+}
+
+} // namespace Vostrel::libimagedecoder

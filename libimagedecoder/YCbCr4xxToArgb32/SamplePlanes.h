@@ -1,0 +1,64 @@
+#pragma once
+
+#include "libimagedecoder/YCbCr4xxToArgb32/RectangleWalk.h"
+
+#include <cstddef>
+#include <cstdint>
+
+namespace Vostrel::libimagedecoder::YCbCr4xxToArgb32 {
+
+// In an unnamed namespace for the reason that MaskRuns.h gives.
+namespace {
+
+/// A stretch of full-depth samples and where its pixels go.
+struct Run {
+    std::uint32_t* destination;
+    const std::uint8_t* luma;
+    const std::uint8_t* cb;
+    const std::uint8_t* cr;
+    std::size_t column; ///< As in Stretch.
+    std::size_t pixels; ///< As in Stretch.
+    std::size_t destinationStride;
+    std::size_t lumaStride;
+};
+
+/// The rectangle of one conversion; see IYCbCr4xxToArgb32.
+struct Rectangle {
+    std::uint32_t* destination;
+    const std::uint8_t* luma;
+    const std::uint8_t* cb;
+    const std::uint8_t* cr;
+    std::size_t width;
+    std::size_t height;
+    std::size_t destinationStride;
+    std::size_t lumaStride;
+    std::size_t chromaStride;
+    const bool* skipMask;
+
+    template <std::size_t ChromaDivX, std::size_t ChromaDivY>
+    Run RunAt(const Stretch& stretch) const {
+        const auto [row, column, pixels] = stretch;
+        const std::size_t chroma = row / ChromaDivY * chromaStride + column / ChromaDivX;
+        return {destination + row * destinationStride + column,
+                luma + row * lumaStride + column,
+                cb + chroma,
+                cr + chroma,
+                column,
+                pixels,
+                destinationStride,
+                lumaStride};
+    }
+};
+
+/// Calls convert(const Run&) for the unmasked stretches of a rectangle.
+template <std::size_t ChromaDivX, std::size_t ChromaDivY, typename Convert>
+void WalkRuns(const Rectangle& area, const Convert& convert) {
+    WalkRectangle<ChromaDivX, ChromaDivY>(
+        area.width, area.height, area.skipMask, [&](const Stretch& stretch) {
+            convert(area.template RunAt<ChromaDivX, ChromaDivY>(stretch));
+        });
+}
+
+} // namespace
+
+} // namespace Vostrel::libimagedecoder::YCbCr4xxToArgb32
