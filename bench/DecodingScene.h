@@ -30,29 +30,46 @@ private:
     std::vector<uint8_t>* m_pUpdate = nullptr;
 };
 
-/// The bundled screens to measure on, encoded once and kept.
+/// One of the bundled screens.
 streamencoder::Picture LoadScreen(const std::string& file);
 
-/// A viewer's decoder with its framebuffer, for one picture encoded as one update.
+/// Encodes a whole picture as one update.
+streamencoder::EncodedUpdate EncodeScreen(const streamencoder::Picture& picture,
+                                          const streamencoder::UpdateFormat& format,
+                                          streamencoder::ChromaSubsampling chroma,
+                                          uint32_t quality);
+
+/// How a viewer creates its decoder, and the size of its framebuffer.
+struct SceneSettings {
+    streamencoder::Codec m_codec = streamencoder::Codec::Ict;
+    unsigned m_uiProtocolVersion = 0;
+    streamencoder::ChromaSubsampling m_chroma = streamencoder::ChromaSubsampling::Yuv420;
+    unsigned long m_uiThreads = 0;
+    size_t m_uiWidth = 0;
+    size_t m_uiHeight = 0;
+};
+
+/// A viewer's decoder with its framebuffer.
 class DecodingScene {
 public:
-    DecodingScene(const streamencoder::Picture& picture, streamencoder::UpdateFormat format,
-                  streamencoder::ChromaSubsampling chroma, uint32_t quality, unsigned long threads);
+    explicit DecodingScene(const SceneSettings& settings);
 
-    /// Decodes and draws the update once.
-    void DecodeUpdate();
+    /// Decodes and draws an update that suits the settings. It is only read.
+    void Decode(streamencoder::EncodedUpdate& update);
 
-    uint64_t Pixels() const { return m_uiPixels; }
-    double BitsPerPixel() const;
+    uint64_t Pixels() const { return m_vuiFramebuffer.size(); }
+    const std::vector<uint32_t>& Framebuffer() const { return m_vuiFramebuffer; }
+    const libimagedecoder::ImageDecoderRenderer& Renderer() const { return m_Renderer; }
 
 private:
     SilentLogger m_Logger;
     UpdateStream m_Stream;
     libimagedecoder::ImageDecoderRenderer m_Renderer{&m_Logger};
     std::unique_ptr<libimagedecoder::IImageDecoder> m_pDecoder;
-    streamencoder::EncodedUpdate m_Update;
     std::vector<uint32_t> m_vuiFramebuffer;
-    uint64_t m_uiPixels;
 };
+
+/// Bits of an update for every pixel of its rectangle.
+double BitsPerPixel(const streamencoder::EncodedUpdate& update);
 
 } // namespace Vostrel::bench

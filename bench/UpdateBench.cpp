@@ -15,14 +15,16 @@ void DecodeWholeScreen(benchmark::State& state, const char* screen, Codec codec,
                        ChromaSubsampling chroma, uint32_t quality, unsigned long threads) {
     const RecordLayout layout = threads > 0 ? RecordLayout::Pool : RecordLayout::Continuous;
     const unsigned version = threads > 0 ? 2 : 1;
-    DecodingScene scene(LoadScreen(screen),
-                        {.m_codec = codec, .m_uiProtocolVersion = version, .m_layout = layout},
-                        chroma, quality, threads);
+    const streamencoder::Picture picture = LoadScreen(screen);
+    streamencoder::EncodedUpdate update = EncodeScreen(
+        picture, {.m_codec = codec, .m_uiProtocolVersion = version, .m_layout = layout}, chroma,
+        quality);
+    DecodingScene scene({codec, version, chroma, threads, picture.m_uiWidth, picture.m_uiHeight});
     for (auto _ : state)
-        scene.DecodeUpdate();
+        scene.Decode(update);
     state.counters["Mpixel/s"] = benchmark::Counter(static_cast<double>(scene.Pixels()) * 1e-6,
                                                     benchmark::Counter::kIsIterationInvariantRate);
-    state.counters["bits/pixel"] = scene.BitsPerPixel();
+    state.counters["bits/pixel"] = BitsPerPixel(update);
 }
 
 constexpr const char* Desktop = "desktop-1920x1080-00.png";
