@@ -11,6 +11,7 @@
 #include "tools/YCbCrPlanes.h"
 
 #include <algorithm>
+#include <map>
 #include <memory>
 
 namespace Vostrel::fuzz {
@@ -19,13 +20,13 @@ namespace {
 using namespace streamencoder;
 using model::ModelCodec;
 
-constexpr int MaxEdge = 40;
+constexpr unsigned MaxEdge = 40;
 
 struct Options {
     explicit Options(FuzzInput& input)
         : chroma(static_cast<ChromaSubsampling>(input.Below(3))),
-          kernel(input.Below(KernelVariants)), width(input.Between(1, MaxEdge)),
-          height(input.Between(1, MaxEdge)), contentScale(1 + input.Below(24)) {
+          kernel(input.Below(KernelVariants)), width(Edge(input)), height(Edge(input)),
+          contentScale(1 + input.Below(24)) {
         format.m_codec = input.Coin() ? Codec::Lbe : Codec::Ict;
         format.m_uiProtocolVersion = input.Below(3);
         format.m_layout = static_cast<RecordLayout>(input.Below(3));
@@ -39,6 +40,12 @@ struct Options {
             threads = 0;
         if (format.m_uiProtocolVersion == 2 && format.m_layout == RecordLayout::Pool)
             threads = std::max(threads, 1u);
+    }
+
+    /// One or two macroblocks, sometimes three.
+    static int Edge(FuzzInput& input) {
+        const unsigned byte = input.Byte();
+        return 1 + static_cast<int>(byte % (byte < 192 ? MaxEdge / 2 : MaxEdge));
     }
 
     bool IsLbe() const { return format.m_codec == Codec::Lbe; }
@@ -91,11 +98,25 @@ Picture ChangePicture(Picture picture, FuzzInput& input) {
     return picture;
 }
 
+const LevelMap& LumaMap(unsigned bits) {
+    static std::map<unsigned, LevelMap> maps;
+    if (!maps.contains(bits))
+        maps[bits] = NearestLumaLevels(bits);
+    return maps[bits];
+}
+
+const LevelMap& ChromaMap(unsigned bits) {
+    static std::map<unsigned, LevelMap> maps;
+    if (!maps.contains(bits))
+        maps[bits] = NearestChromaLevels(bits);
+    return maps[bits];
+}
+
 /// The ARGB memory of a picture whose every sample is the nearest level.
 std::vector<uint8_t> NearestPicture(const Picture& picture, const Options& options) {
     const auto depths = *model::LbeDepths(options.quality, options.format.m_uiProtocolVersion);
-    const LevelMap luma = NearestLumaLevels(static_cast<unsigned>(depths.lumaBits));
-    const LevelMap chroma = NearestChromaLevels(static_cast<unsigned>(depths.chromaBits));
+    const LevelMap& luma = LumaMap(static_cast<unsigned>(depths.lumaBits));
+    const LevelMap& chroma = ChromaMap(static_cast<unsigned>(depths.chromaBits));
     const YCbCrPlanes planes = ConvertToYCbCr(
         picture,
         {0, 0, static_cast<uint16_t>(picture.m_uiWidth), static_cast<uint16_t>(picture.m_uiHeight)},
@@ -119,13 +140,11 @@ std::vector<uint8_t> NearestPicture(const Picture& picture, const Options& optio
 class Viewers {
 public:
     explicit Viewers(const Options& options)
-        : m_Options(options), m_Subject(FuzzedDecoder::For(options.Choice())),
-          m_Model(options.Choice().settings) {
-        m_Subject.Reset(options.width, options.height);
+        : m_Options(options), m_Subject(FuzzedDecoder::For(options.Choice())) {
+        m_Subject.Reset(model::ModelSink::Argb, options.width, options.height);
         Framebuffer().Place(model::ModelSink::Argb, model::ChromaOf(0), options.width,
                             options.height, GuardedPages::Flush::WithTheEnd);
         Framebuffer().AttachTo(m_Subject.Renderer(), true);
-        m_Model.SetFramebuffer(model::ModelSink::Argb, options.width, options.height);
     }
 
     void Show(const Picture& picture, const EncodedUpdate& update) {
@@ -133,7 +152,7 @@ public:
         const model::ModelRectangle rectangle{area.m_uiX, area.m_uiY, area.m_uiWidth,
                                               area.m_uiHeight};
         model::ModelStream stream(update.m_vuiPayload, 4096);
-        const auto expected = m_Model.Update(update.m_uiQuality, rectangle, stream);
+        const auto expected = m_Subject.Model().Update(update.m_uiQuality, rectangle, stream);
         const auto actual =
             m_Subject.Update(update.m_uiQuality, rectangle, update.m_vuiPayload, 4096);
         Check(expected.error.empty() && actual.error.empty(), "an encoded update fails");
@@ -141,7 +160,8 @@ public:
         Check(actual.consumedBytes == update.m_vuiPayload.size() &&
                   expected.consumedBytes == update.m_vuiPayload.size(),
               "an encoded update leaves bytes");
-        Check(Framebuffer().Holds(m_Model.Renderer().Memory()), "another picture than the model's");
+        Check(Framebuffer().Holds(m_Subject.Model().Renderer().Memory()),
+              "another picture than the model's");
         if (m_Options.IsLbe())
             Check(Framebuffer().Holds(NearestPicture(picture, m_Options)),
                   "another picture than the nearest levels");
@@ -155,7 +175,6 @@ private:
 
     const Options& m_Options;
     FuzzedDecoder& m_Subject;
-    model::ModelDecoder m_Model;
 };
 
 } // namespace

@@ -13,14 +13,15 @@ using namespace libimagedecoder;
 using model::ModelOutcome;
 
 FuzzedDecoder::FuzzedDecoder(const DecoderChoice& choice)
-    : m_Renderer(MakeConverter(choice.variant, &m_Logger)), m_pDecoder(MakeDecoder(choice)) {}
+    : m_Renderer(MakeConverter(choice.variant, &m_Logger)), m_pDecoder(MakeDecoder(choice)),
+      m_Model(choice.settings) {}
 
 std::unique_ptr<IImageDecoder> FuzzedDecoder::MakeDecoder(const DecoderChoice& choice) {
     const model::ModelSettings& settings = choice.settings;
     if (settings.codec == model::ModelCodec::Lbe)
         return std::make_unique<ImageDecoderLbe>(&m_Renderer, &m_Stream, &m_Logger,
                                                  settings.threads, settings.protocolVersion,
-                                                 settings.chroma);
+                                                 settings.chroma, PlaneKernel(choice.variant));
     return std::make_unique<ImageDecoderIct>(&m_Renderer, &m_Stream, &m_Logger, settings.threads,
                                              settings.protocolVersion, settings.chroma,
                                              MakeTransform(choice.variant, &m_Logger));
@@ -38,7 +39,7 @@ FuzzedDecoder& FuzzedDecoder::For(const DecoderChoice& choice) {
     return *decoder;
 }
 
-void FuzzedDecoder::Reset(int width, int height) {
+void FuzzedDecoder::Reset(model::ModelSink sink, int width, int height) {
     const auto columns = static_cast<unsigned short>(width);
     const auto rows = static_cast<unsigned short>(height);
     // An unchanged size would keep the planes, and plane framebuffers show more of them than what
@@ -48,10 +49,15 @@ void FuzzedDecoder::Reset(int width, int height) {
     m_Renderer.SetFramebufferSize(columns, rows, false);
     m_Renderer.SetContrastEnhance(0);
     m_Renderer.SetClientPostprocessingEnabled(false);
+
+    m_Model.SetFramebuffer(sink, 0, 0);
+    m_Model.SetFramebuffer(sink, width, height);
+    m_Model.Renderer().SetContrast(0);
+    m_Model.Renderer().SetPostProcessing(false);
 }
 
 ModelOutcome FuzzedDecoder::Update(unsigned quality, const model::ModelRectangle& area,
-                                   const std::vector<uint8_t>& bytes, size_t pieceCapacity) {
+                                   std::span<const uint8_t> bytes, size_t pieceCapacity) {
     m_Stream.Load(bytes, pieceCapacity);
     try {
         const uint64_t result = m_pDecoder->HandleUpdate(

@@ -8,8 +8,8 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <cstring>
 #include <span>
-#include <vector>
 
 namespace Vostrel::fuzz {
 
@@ -44,19 +44,21 @@ public:
     }
 
     /// Whether it holds these bytes, planes one behind the other.
-    bool Holds(const std::vector<uint8_t>& expected) const {
-        std::span<const uint8_t> left(expected);
+    bool Holds(std::span<const uint8_t> expected) const {
         for (const auto& part : Parts()) {
-            if (left.size() < part.size() || !std::ranges::equal(part, left.first(part.size())))
+            if (expected.size() < part.size() ||
+                std::memcmp(part.data(), expected.data(), part.size()) != 0)
                 return false;
-            left = left.subspan(part.size());
+            expected = expected.subspan(part.size());
         }
-        return left.empty();
+        return expected.empty();
     }
 
     bool IsBlank() const {
         return std::ranges::all_of(Parts(), [](const auto& part) {
-            return std::ranges::all_of(part, [](uint8_t byte) { return byte == 0; });
+            // Every byte equals its neighbour, and the first one is blank.
+            return part.empty() || (part[0] == 0 && std::memcmp(part.data(), part.data() + 1,
+                                                                part.size() - 1) == 0);
         });
     }
 

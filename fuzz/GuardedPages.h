@@ -2,9 +2,10 @@
 
 #include "fuzz/FuzzCheck.h"
 
-#include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <span>
 #include <sys/mman.h>
 #include <unistd.h>
@@ -38,24 +39,31 @@ public:
         Check(bytes + CanaryBytes <= m_uiRoom, "a harness wants more than it asked for");
         const bool atEnd = flush == Flush::WithTheEnd;
         uint8_t* const buffer = atEnd ? m_puiRoom + m_uiRoom - bytes : m_puiRoom;
-        m_Canaries = {atEnd ? buffer - CanaryBytes : buffer + bytes, CanaryBytes};
-        std::ranges::fill(m_Canaries, Canary);
-        std::fill_n(buffer, bytes, fill);
+        m_puiCanaries = atEnd ? buffer - CanaryBytes : buffer + bytes;
+        std::memcpy(m_puiCanaries, s_auiCanaries.data(), CanaryBytes);
+        std::memset(buffer, fill, bytes);
         return {buffer, bytes};
     }
 
+    /// All of the memory between the pages.
+    std::span<uint8_t> Room() { return {m_puiRoom, m_uiRoom}; }
+
     bool Intact() const {
-        return std::ranges::all_of(m_Canaries, [](uint8_t byte) { return byte == Canary; });
+        return std::memcmp(m_puiCanaries, s_auiCanaries.data(), CanaryBytes) == 0;
     }
 
 private:
-    static constexpr size_t CanaryBytes = 256;
-    static constexpr uint8_t Canary = 0xA5;
+    static constexpr size_t CanaryBytes = 128;
+    static constexpr auto s_auiCanaries = [] {
+        std::array<uint8_t, CanaryBytes> canaries{};
+        canaries.fill(0xA5);
+        return canaries;
+    }();
 
     size_t m_uiPage;
     size_t m_uiRoom;
     uint8_t* m_puiRoom = nullptr;
-    std::span<uint8_t> m_Canaries;
+    uint8_t* m_puiCanaries = nullptr;
 };
 
 inline GuardedPages::Flush FlushOf(bool withTheStart) {

@@ -144,7 +144,7 @@ private:
         m_Helper.m_pieces.clear();
         m_Helper.m_claims.clear();
         for (unsigned pieces = input.Below(4); pieces > 0; --pieces) {
-            const std::vector<uint8_t> bytes = input.Take(1 + input.Byte() % arrayLength);
+            const std::span<const uint8_t> bytes = input.Take(1 + input.Byte() % arrayLength);
             m_Helper.m_pieces.emplace_back(bytes.begin(), bytes.end());
         }
         if (input.Below(8) == 0)

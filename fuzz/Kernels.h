@@ -4,6 +4,7 @@
 #include "libimagedecoder/InverseTransform/InverseIctAvx2.h"
 #include "libimagedecoder/InverseTransform/InverseIctNative.h"
 #include "libimagedecoder/InverseTransform/InverseIctSse2.h"
+#include "libimagedecoder/LbePlaneKernel.h"
 #include "libimagedecoder/YCbCr4xxToArgb32/YCbCr4xxToArgb32Avx2.h"
 #include "libimagedecoder/YCbCr4xxToArgb32/YCbCr4xxToArgb32Native.h"
 #include "libimagedecoder/YCbCr4xxToArgb32/YCbCr4xxToArgb32Sse2.h"
@@ -45,6 +46,14 @@ MakeConverter(unsigned variant, libimagedecoder::ILogger* logger) {
     if (variant == 1 || !HasAvx2())
         return std::make_shared<YCbCr4xxToArgb32Sse2>(logger);
     return std::make_shared<YCbCr4xxToArgb32Avx2>(logger);
+}
+
+/// The kernel of LBE's planes; there are two of them, of which an old processor has one.
+inline libimagedecoder::LbePlaneKernel PlaneKernel(unsigned variant) {
+    using namespace libimagedecoder;
+    static const LbePlaneKernel fastest =
+        ChooseLbePlaneKernel(CpuArch::GetInstrSetArchExtFlags(nullptr));
+    return variant == 0 ? DecodeLbePlaneNative : fastest;
 }
 
 } // namespace Vostrel::fuzz

@@ -1,7 +1,8 @@
-// Writes seeds for the update harnesses and the tile harness: small pictures from the encoders in
+// Writes seeds for the update, tile and plane harnesses: small pictures from the encoders in
 // every version, subsampling, layout and a range of qualities.
 
 #include "fuzz/UpdateInput.h"
+#include "tests/model/ModelLbe.h"
 #include "tools/IctEncoder.h"
 #include "tools/LbeEncoder.h"
 
@@ -52,7 +53,7 @@ FuzzedUpdate Fuzzed(const EncodedUpdate& update) {
     fuzzed.m_uiY = area.m_uiY;
     fuzzed.m_uiWidth = area.m_uiWidth;
     fuzzed.m_uiHeight = area.m_uiHeight;
-    fuzzed.m_vPayload = update.m_vuiPayload;
+    fuzzed.m_Payload = update.m_vuiPayload;
     return fuzzed;
 }
 
@@ -64,7 +65,13 @@ void Write(const fs::path& folder, const std::vector<uint8_t>& bytes, unsigned n
 }
 
 /// Two updates of a sequence, the second with a block that changed.
-FuzzedLife MakeLife(const UpdateFormat& format, ChromaSubsampling chroma, unsigned number) {
+struct Seed {
+    EncodedUpdate m_first;
+    EncodedUpdate m_second;
+    FuzzedLife m_life; ///< its payloads are those of the two
+};
+
+Seed MakeSeed(const UpdateFormat& format, ChromaSubsampling chroma, unsigned number) {
     const size_t width = 17 + number * 7 % 23;
     const size_t height = 9 + number * 11 % 25;
     const auto encoder = MakeEncoder(format, chroma, number);
@@ -72,7 +79,8 @@ FuzzedLife MakeLife(const UpdateFormat& format, ChromaSubsampling chroma, unsign
     Picture second = first;
     second.At(width - 1, height - 1) = {1, 2, 3};
 
-    FuzzedLife life;
+    Seed seed{encoder->EncodeUpdate(first, nullptr), encoder->EncodeUpdate(second, &first), {}};
+    FuzzedLife& life = seed.m_life;
     life.m_uiVersion = static_cast<uint8_t>(format.m_uiProtocolVersion);
     life.m_uiChroma = static_cast<uint8_t>(chroma);
     life.m_uiThreads = format.m_layout == RecordLayout::Continuous
@@ -83,16 +91,35 @@ FuzzedLife MakeLife(const UpdateFormat& format, ChromaSubsampling chroma, unsign
     life.m_uiPlace = static_cast<uint8_t>(number % 2);
     life.m_uiWidth = static_cast<uint8_t>(width - 1);
     life.m_uiHeight = static_cast<uint8_t>(height - 1);
-    life.m_vUpdates = {Fuzzed(encoder->EncodeUpdate(first, nullptr)),
-                       Fuzzed(encoder->EncodeUpdate(second, &first))};
-    return life;
+    life.m_vUpdates = {Fuzzed(seed.m_first), Fuzzed(seed.m_second)};
+    return seed;
 }
 
 /// The tiles of an update of version 1, whose first bit is a skip code.
 std::vector<uint8_t> TileInput(const FuzzedLife& life) {
     std::vector<uint8_t> bytes{
         life.m_uiKernel, 1, life.m_vUpdates[0].m_uiQuality, 0, 0, 0, 0, 0, 255, 1};
-    const auto& payload = life.m_vUpdates[0].m_vPayload;
+    const auto payload = life.m_vUpdates[0].m_Payload;
+    bytes.insert(bytes.end(), payload.begin(), payload.end());
+    return bytes;
+}
+
+/// The same for the planes of LBE blocks.
+std::vector<uint8_t> PlaneInput(const FuzzedLife& life) {
+    const auto depths = *model::LbeDepths(life.m_vUpdates[0].m_uiQuality, 1);
+    const auto choiceOf = [](int literalBits) { return static_cast<uint8_t>(literalBits - 2); };
+    const auto chromaShape = static_cast<uint8_t>(life.m_uiChroma);
+    std::vector<uint8_t> bytes{life.m_uiKernel,
+                               2,
+                               choiceOf(depths.lumaBits),
+                               1,
+                               chromaShape,
+                               choiceOf(2 * depths.chromaBits),
+                               1,
+                               0,
+                               255,
+                               1};
+    const auto payload = life.m_vUpdates[0].m_Payload;
     bytes.insert(bytes.end(), payload.begin(), payload.end());
     return bytes;
 }
@@ -100,7 +127,7 @@ std::vector<uint8_t> TileInput(const FuzzedLife& life) {
 void MakeAll(const fs::path& folder) {
     unsigned number = 0;
     for (const Codec codec : {Codec::Ict, Codec::Lbe}) {
-        const std::string name = codec == Codec::Ict ? "IctUpdate" : "LbeUpdate";
+        const std::string name = codec == Codec::Ict ? "Ict" : "Lbe";
         for (unsigned version = 0; version <= 2; ++version) {
             for (unsigned chroma = 0; chroma <= 2; ++chroma) {
                 for (unsigned layout = 0; layout <= (version == 2 ? 2u : 0u); ++layout) {
@@ -111,11 +138,15 @@ void MakeAll(const fs::path& folder) {
                         format.m_layout = static_cast<RecordLayout>(layout);
                         format.m_minSkipForm = static_cast<SkipForm>(step % 3);
                         format.m_bLongLengthPrefix = step == 3;
-                        const FuzzedLife life =
-                            MakeLife(format, static_cast<ChromaSubsampling>(chroma), ++number);
-                        Write(folder / name, WriteLife(life), number);
+                        const Seed seed =
+                            MakeSeed(format, static_cast<ChromaSubsampling>(chroma), ++number);
+                        Write(folder / (name + "Update"), WriteLife(seed.m_life), number);
+                        if (number % 8 == 0)
+                            Write(folder / (name + "Rows"), WriteLife(seed.m_life), number);
                         if (codec == Codec::Ict && version == 1)
-                            Write(folder / "Tile", TileInput(life), number);
+                            Write(folder / "Tile", TileInput(seed.m_life), number);
+                        if (codec == Codec::Lbe && version == 1)
+                            Write(folder / "LbePlane", PlaneInput(seed.m_life), number);
                     }
                 }
             }

@@ -47,7 +47,7 @@ public:
                 break;
             default:
                 for (unsigned jobs = step / 8 % 4; jobs < 4; ++jobs)
-                    Add(step / 32 * (step / 32));
+                    Add(step / 32);
             }
         }
         Finish(mayJoin);

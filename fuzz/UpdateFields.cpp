@@ -15,8 +15,8 @@ struct OutOfBits {};
 
 class Parser {
 public:
-    Parser(const std::vector<uint8_t>& bytes, const UpdateCoding& coding)
-        : m_vBytes(bytes), m_Coding(coding) {}
+    Parser(std::span<const uint8_t> bytes, const UpdateCoding& coding)
+        : m_Bytes(bytes), m_Coding(coding) {}
 
     BitFields Run() {
         try {
@@ -24,22 +24,22 @@ public:
                 ;
         } catch (const OutOfBits&) {
         }
-        while (m_uiNext < 8 * m_vBytes.size())
+        while (m_uiNext < 8 * m_Bytes.size())
             Take(Kind::Tail, static_cast<unsigned>(8 - m_uiNext % 8));
         return m_Fields;
     }
 
 private:
+    /// The next bits, 0 to 24, with zeros behind the end.
     uint32_t Peek(unsigned bits) const {
-        uint32_t value = 0;
-        for (size_t bit = m_uiNext; bit < m_uiNext + bits; ++bit)
-            value = value * 2 +
-                    (bit / 8 < m_vBytes.size() ? m_vBytes[bit / 8] >> (7 - bit % 8) & 1u : 0u);
-        return value;
+        uint32_t word = 0;
+        for (size_t byte = m_uiNext / 8; byte < m_uiNext / 8 + 4; ++byte)
+            word = word << 8 | (byte < m_Bytes.size() ? m_Bytes[byte] : 0u);
+        return static_cast<uint32_t>(uint64_t{word << m_uiNext % 8} >> (32 - bits));
     }
 
     uint32_t Take(Kind kind, unsigned bits) {
-        if (m_uiNext + bits > 8 * m_vBytes.size())
+        if (m_uiNext + bits > 8 * m_Bytes.size())
             throw OutOfBits();
         m_Fields.push_back({kind, Peek(bits), bits});
         m_uiNext += bits;
@@ -83,9 +83,10 @@ private:
     }
 
     size_t TakeCode(Kind kind, std::span<const Codes::HuffCodeEntry> codes) {
+        const uint32_t peeked = Peek(16);
         for (size_t symbol = 0; symbol < codes.size(); ++symbol) {
             const unsigned length = codes[symbol].m_uiLength;
-            if (length != 0 && Peek(length) == codes[symbol].m_uiCode) {
+            if (length != 0 && peeked >> (16 - length) == codes[symbol].m_uiCode) {
                 Take(kind, length);
                 return symbol;
             }
@@ -128,7 +129,7 @@ private:
         }
     }
 
-    const std::vector<uint8_t>& m_vBytes;
+    std::span<const uint8_t> m_Bytes;
     const UpdateCoding& m_Coding;
     size_t m_uiNext = 0;
     BitFields m_Fields;
@@ -144,7 +145,7 @@ BitField LengthField(size_t bytes, unsigned bits) {
 
 } // namespace
 
-BitFields ParseUpdate(const std::vector<uint8_t>& bytes, const UpdateCoding& coding) {
+BitFields ParseUpdate(std::span<const uint8_t> bytes, const UpdateCoding& coding) {
     return Parser(bytes, coding).Run();
 }
 

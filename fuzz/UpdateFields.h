@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <vector>
 
 namespace Vostrel::fuzz {
@@ -38,7 +39,7 @@ struct BitField {
 using BitFields = std::vector<BitField>;
 
 /// Takes an update apart. The fields together are its bits.
-BitFields ParseUpdate(const std::vector<uint8_t>& bytes, const UpdateCoding& coding);
+BitFields ParseUpdate(std::span<const uint8_t> bytes, const UpdateCoding& coding);
 
 /// The bytes of these fields.
 std::vector<uint8_t> PackFields(const BitFields& fields);

@@ -26,6 +26,7 @@ void AppendWord(std::vector<uint8_t>& bytes, size_t word) {
 FuzzedLife ReadLife(const uint8_t* data, size_t size) {
     FuzzInput input(data, size);
     FuzzedLife life;
+    life.m_vUpdates.reserve(MaxUpdates);
     for (const auto member : LifeBytes)
         life.*member = input.Byte();
     while (!input.IsEmpty() && life.m_vUpdates.size() < MaxUpdates) {
@@ -34,8 +35,7 @@ FuzzedLife ReadLife(const uint8_t* data, size_t size) {
             update.*member = input.Byte();
         for (const auto member : UpdateWords)
             update.*member = input.Word();
-        const size_t length = input.Word();
-        update.m_vPayload = input.Take(length);
+        update.m_Payload = input.Take(input.Word());
     }
     return life;
 }
@@ -49,8 +49,8 @@ std::vector<uint8_t> WriteLife(const FuzzedLife& life) {
             bytes.push_back(update.*member);
         for (const auto member : UpdateWords)
             AppendWord(bytes, update.*member);
-        AppendWord(bytes, update.m_vPayload.size());
-        bytes.insert(bytes.end(), update.m_vPayload.begin(), update.m_vPayload.end());
+        AppendWord(bytes, update.m_Payload.size());
+        bytes.insert(bytes.end(), update.m_Payload.begin(), update.m_Payload.end());
     }
     return bytes;
 }

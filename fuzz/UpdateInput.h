@@ -2,8 +2,11 @@
 
 #include "fuzz/FuzzInput.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <iterator>
+#include <span>
 #include <vector>
 
 namespace Vostrel::fuzz {
@@ -15,6 +18,7 @@ struct FuzzedUpdate {
         GoodUpdate = 2,   ///< a good update of the harness's own instead of the payload
         PostProcessing = 4,
         LargeQuality = 8, ///< sets bits of the quality that decoders have to ignore
+        Repeated = 16,    ///< the payload over and over, for updates of hundreds of macroblocks
     };
 
     uint8_t m_uiKind = 0;
@@ -25,7 +29,7 @@ struct FuzzedUpdate {
     uint16_t m_uiY = 0;
     uint16_t m_uiWidth = 0;
     uint16_t m_uiHeight = 0;
-    std::vector<uint8_t> m_vPayload;
+    std::span<const uint8_t> m_Payload; ///< not owned
 
     bool Is(Kind kind) const { return (m_uiKind & kind) != 0; }
 };
@@ -46,10 +50,13 @@ struct FuzzedLife {
 
     static constexpr int MaxWidth = 96;
     static constexpr int MaxHeight = 80;
+    static constexpr int MaxRowsWidth = 6400; ///< 400 macroblocks
+    static constexpr int MaxRowsHeight = 24;
 
-    unsigned Version() const { return m_uiVersion % 3u; }
+    /// Mostly version 2 and some threads, so that about half of all lives have a pool.
+    unsigned Version() const { return std::min(m_uiVersion % 5u, 2u); }
     unsigned Chroma() const { return m_uiChroma % 3u; }
-    unsigned Threads() const { return m_uiThreads % 5u; }
+    unsigned Threads() const { return m_uiThreads % 8u == 0 ? 0 : 1 + (m_uiThreads % 8u - 1) % 4; }
     unsigned Kernel() const { return m_uiKernel % 3u; }
     Sink SinkKind() const { return static_cast<Sink>(m_uiSink % 3u); }
     bool HasPool() const { return Version() == 2 && Threads() > 0; }
@@ -58,11 +65,18 @@ struct FuzzedLife {
     int Width() const { return Edge(m_uiWidth, MaxWidth); }
     int Height() const { return Edge(m_uiHeight, MaxHeight); }
 
+    /// The same for lives with one or two very long rows.
+    int RowsWidth() const {
+        constexpr int Widths[] = {1024, 2567, 4096, MaxRowsWidth};
+        return Widths[m_uiWidth % std::size(Widths)];
+    }
+    int RowsHeight() const { return 1 + m_uiHeight % MaxRowsHeight; }
+
 private:
     static int Edge(uint8_t byte, int largest) { return 1 + byte % (byte < 224 ? 40 : largest); }
 };
 
-/// Reads a life; everything but its first bytes may be missing.
+/// Reads a life; everything but its first bytes may be missing. Payloads stay in data.
 FuzzedLife ReadLife(const uint8_t* data, size_t size);
 
 /// The bytes that ReadLife makes this life of.

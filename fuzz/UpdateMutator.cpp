@@ -52,7 +52,7 @@ private:
     void ChangePayload(const FuzzedLife& life, FuzzedUpdate& update) {
         const UpdateCoding coding{Lbe, life.Version(), life.Chroma(), life.HasPool(),
                                   update.m_uiQuality};
-        BitFields fields = ParseUpdate(update.m_vPayload, coding);
+        BitFields fields = ParseUpdate(update.m_Payload, coding);
         if (fields.empty())
             return;
         bool lengthsMatter = false;
@@ -63,7 +63,8 @@ private:
         }
         if (coding.pool && !lengthsMatter && Below(4) != 0)
             fields = WithLengthsRepaired(fields, coding);
-        update.m_vPayload = PackFields(fields);
+        m_vPacked = PackFields(fields);
+        update.m_Payload = m_vPacked;
     }
 
     /// Repeats or drops the record of a field.
@@ -148,6 +149,7 @@ private:
     }
 
     std::minstd_rand m_Engine;
+    std::vector<uint8_t> m_vPacked; ///< the payload that was changed
 };
 
 } // namespace
