@@ -37,6 +37,7 @@ IctFastTables::IctFastTables(Codes dcCodes, Codes acCodes)
     : m_uiEndCode(acCodes[EndSymbol].m_uiCode), m_uiEndCodeBits(acCodes[EndSymbol].m_uiLength) {
     FillDc(dcCodes);
     FillAc(acCodes);
+    PairUp();
     FillRepeats(dcCodes);
 }
 
@@ -61,10 +62,33 @@ void IctFastTables::FillAc(Codes codes) {
     for (unsigned int symbol = 0; symbol < codes.size(); ++symbol) {
         const HuffCodeEntry& code = codes[symbol];
         ForEachIndex(code, AcIndexBits, [&](uint32_t index) {
-            m_aAc[index] = symbol == EndSymbol ? Entry(0, EndAlone, code.m_uiLength)
+            m_aAc[index] = symbol == EndSymbol ? Entry(code.m_uiLength, {EndAlone, 0})
                                                : EntryAt(index, AcIndexBits, code.m_uiLength,
                                                          symbol & 15, (symbol >> 4) + 1);
         });
+    }
+}
+
+/// Joins an entry of one value with that of the bits behind it, if those still lie in the index.
+void IctFastTables::PairUp() {
+    const auto single = m_aAc;
+    for (uint32_t index = 0; index < single.size(); ++index) {
+        const Entry& first = single[index];
+        if (first.Bits() == 0 || first.First().m_uiAdvance == EndAlone ||
+            first.Second().m_uiAdvance == EndFollows)
+            continue;
+        const unsigned int bitsLeft = AcIndexBits - first.Bits();
+        const Entry& second = single[LowBits(index, bitsLeft) << first.Bits()];
+        unsigned int bits = second.Bits();
+        unsigned int end = second.Second().m_uiAdvance;
+        if (end != 0 && bits > bitsLeft) { // made of the zeros behind the index
+            bits -= m_uiEndCodeBits;
+            end = 0;
+        }
+        if (bits == 0 || bits > bitsLeft)
+            continue;
+        const Value value{second.First().m_uiAdvance + end, second.First().m_iLevel};
+        m_aAc[index] = Entry(first.Bits() + bits, first.First(), value);
     }
 }
 
@@ -79,18 +103,16 @@ void IctFastTables::FillRepeats(Codes dcCodes) {
 /// The entry of an index that starts with a code of codeBits and has the level after it, if all of
 /// that fits.
 IctFastTables::Entry IctFastTables::EntryAt(uint32_t index, unsigned int indexBits,
-                                            unsigned int codeBits, unsigned int size,
+                                            unsigned int codeBits, unsigned int levelBits,
                                             unsigned int advance) const {
-    const unsigned int bits = codeBits + size;
+    const unsigned int bits = codeBits + levelBits;
     if (bits > indexBits)
-        return Entry::OfCode(codeBits, size, advance);
+        return Entry::OfCode(codeBits, levelBits, advance);
     const unsigned int bitsLeft = indexBits - bits;
-    const int level = Extended(LowBits(index >> bitsLeft, size), size);
+    const Value value{advance, Extended(LowBits(index >> bitsLeft, levelBits), levelBits)};
     const bool endFollows = bitsLeft >= m_uiEndCodeBits &&
                             LowBits(index, bitsLeft) >> (bitsLeft - m_uiEndCodeBits) == m_uiEndCode;
-    if (endFollows)
-        return Entry(level, advance + EndFollows, bits + m_uiEndCodeBits);
-    return Entry(level, advance, bits);
+    return endFollows ? Entry(bits + m_uiEndCodeBits, value, EndFollows) : Entry(bits, value);
 }
 
 } // namespace Vostrel::libimagedecoder

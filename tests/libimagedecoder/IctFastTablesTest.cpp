@@ -35,71 +35,98 @@ protected:
     std::vector<Entry> m_vDc = BigTable(GetParam().dc);
     std::vector<Entry> m_vAc = BigTable(GetParam().ac);
 
-    static bool IsEnd(const Entry& code) { return code.size == 0 && code.run == 0; }
+    /// What the big table tells at the start of 16 bits.
+    struct Plain {
+        unsigned codeBits;
+        unsigned bits; ///< of code and level
+        unsigned size;
+        unsigned advance;
+        int level;
+        bool isEnd;
+    };
 
-    static int LevelAt(unsigned peek, unsigned bits, unsigned size) {
-        return Extend(peek >> (16 - bits) & ((1U << size) - 1), size);
+    static Plain At(const std::vector<Entry>& table, unsigned peek) {
+        const Entry& code = table[peek & 0xFFFF];
+        const unsigned codeBits = 16U - code.stallCount;
+        const unsigned bits = codeBits + code.size;
+        const unsigned level = (peek & 0xFFFF) >> (16 - std::min(bits, 16U));
+        return {codeBits,
+                bits,
+                code.size,
+                code.run + 1U,
+                Extend(level & ((1U << code.size) - 1), code.size),
+                code.size == 0 && code.run == 0};
     }
 
     /// What an entry says whose level does not fit: the code's own length, if at least that fits.
-    static void ExpectCodeAlone(const IctFastTables::Entry& entry, unsigned codeBits, unsigned size,
+    static void ExpectCodeAlone(const IctFastTables::Entry& entry, const Plain& code,
                                 unsigned indexBits) {
-        if (codeBits > indexBits) {
+        ASSERT_GT(code.bits, indexBits);
+        if (code.codeBits > indexBits) {
             ASSERT_EQ(entry.CodeBits(), 0U);
         } else if (entry.CodeBits() != 0) {
-            ASSERT_EQ(entry.CodeBits(), codeBits);
-            ASSERT_EQ(entry.LevelBits(), size);
+            ASSERT_EQ(entry.CodeBits(), code.codeBits);
+            ASSERT_EQ(entry.LevelBits(), code.size);
         }
     }
 };
 
 TEST_P(IctFastTablesOf, DcEntriesAgreeWithEveryPeekThatStartsWithThem) {
     for (unsigned peek = 0; peek < 65536; ++peek) {
+        SCOPED_TRACE(peek);
         const auto entry = m_Fast.Dc(peek >> (16 - IctFastTables::DcIndexBits));
-        const Entry& code = m_vDc[peek];
-        const unsigned codeBits = 16U - code.stallCount;
-        const unsigned bits = codeBits + code.size;
+        const Plain code = At(m_vDc, peek);
         if (entry.Bits() == 0) {
-            ASSERT_GT(bits, IctFastTables::DcIndexBits) << peek;
-            ExpectCodeAlone(entry, codeBits, code.size, IctFastTables::DcIndexBits);
+            ASSERT_NO_FATAL_FAILURE(ExpectCodeAlone(entry, code, IctFastTables::DcIndexBits));
             continue;
         }
-        ASSERT_EQ(entry.Level(), LevelAt(peek, bits, code.size)) << peek;
-        const bool ends = entry.Advance() == IctFastTables::EndFollows;
-        ASSERT_EQ(entry.Advance(), ends ? IctFastTables::EndFollows : 0) << peek;
-        ASSERT_EQ(entry.Bits(), bits + (ends ? m_Fast.EndCodeBits() : 0)) << peek;
-        if (ends) {
-            ASSERT_TRUE(IsEnd(m_vAc[peek << bits & 0xFFFF])) << peek;
-        }
+        ASSERT_EQ(entry.First().m_iLevel, code.level);
+        ASSERT_EQ(entry.First().m_uiAdvance, 0U);
+        const bool ends = At(m_vAc, peek << code.bits).isEnd &&
+                          code.bits + m_Fast.EndCodeBits() <= IctFastTables::DcIndexBits;
+        ASSERT_EQ(entry.Second().m_uiAdvance, ends ? IctFastTables::EndFollows : 0);
+        ASSERT_EQ(entry.Bits(), code.bits + (ends ? m_Fast.EndCodeBits() : 0));
     }
 }
 
+/// An entry holds everything that fits into its index: a value, a second one, and the end.
 TEST_P(IctFastTablesOf, AcEntriesAgreeWithEveryPeekThatStartsWithThem) {
     for (unsigned peek = 0; peek < 65536; ++peek) {
+        SCOPED_TRACE(peek);
         const auto entry = m_Fast.Ac(peek >> (16 - IctFastTables::AcIndexBits));
-        const Entry& code = m_vAc[peek];
-        const unsigned codeBits = 16U - code.stallCount;
-        const unsigned bits = codeBits + code.size;
+        const Plain first = At(m_vAc, peek);
         if (entry.Bits() == 0) {
-            ASSERT_GT(bits, IctFastTables::AcIndexBits) << peek;
-            ExpectCodeAlone(entry, codeBits, code.size, IctFastTables::AcIndexBits);
+            ASSERT_NO_FATAL_FAILURE(ExpectCodeAlone(entry, first, IctFastTables::AcIndexBits));
             if (entry.CodeBits() != 0) {
-                ASSERT_EQ(entry.Advance(), code.run + 1U) << peek;
+                ASSERT_EQ(entry.First().m_uiAdvance, first.advance);
             }
             continue;
         }
-        if (IsEnd(code)) {
-            ASSERT_EQ(entry.Advance(), IctFastTables::EndAlone);
+        if (first.isEnd) {
+            ASSERT_EQ(entry.First().m_uiAdvance, IctFastTables::EndAlone);
+            ASSERT_EQ(entry.Second().m_uiAdvance, 0U);
             ASSERT_EQ(entry.Bits(), m_Fast.EndCodeBits());
             continue;
         }
-        const bool ends = entry.Advance() >= IctFastTables::EndFollows;
-        ASSERT_EQ(entry.Advance() % IctFastTables::EndFollows, code.run + 1U) << peek;
-        ASSERT_EQ(entry.Bits(), bits + (ends ? m_Fast.EndCodeBits() : 0)) << peek;
-        ASSERT_EQ(entry.Level(), LevelAt(peek, bits, code.size)) << peek;
-        if (ends) {
-            ASSERT_TRUE(IsEnd(m_vAc[peek << bits & 0xFFFF])) << peek;
+        ASSERT_EQ(entry.First().m_uiAdvance, first.advance);
+        ASSERT_EQ(entry.First().m_iLevel, first.level);
+        unsigned bits = first.bits;
+        unsigned advance = 0;
+        int level = first.level;
+        const Plain second = At(m_vAc, peek << bits);
+        if (!second.isEnd && bits + second.bits <= IctFastTables::AcIndexBits) {
+            bits += second.bits;
+            advance = second.advance;
+            level = second.level;
         }
+        if (At(m_vAc, peek << bits).isEnd &&
+            bits + m_Fast.EndCodeBits() <= IctFastTables::AcIndexBits) {
+            bits += m_Fast.EndCodeBits();
+            advance += IctFastTables::EndFollows;
+        }
+        ASSERT_EQ(entry.Bits(), bits);
+        ASSERT_EQ(entry.Second().m_uiAdvance, advance);
+        ASSERT_EQ(entry.Second().m_iLevel, level);
     }
 }
 
