@@ -4,7 +4,7 @@
 
 namespace Vostrel::streamencoder {
 
-/// The two encodings. The numbers are those of a stream file.
+/// The two encodings. The numbers are those of a recording.
 enum class Codec : uint8_t { Ict = 0, Lbe = 1 };
 
 /// The numbers are those by which a viewer creates its decoder.

@@ -4,7 +4,7 @@ import java.io.IOException;
 import java.nio.ByteBuffer;
 import nn.qv.rccore.impl.rfb.img.hive.ImageDecoderICTNative;
 import nn.qv.rccore.impl.rfb.img.hive.NativeImageDecodingHelper;
-import nn.qv.rccore.impl.rfb.img.hive.NativeLibrary;
+import nn.qv.imagedecoder.NativeLoader;
 
 /** What becomes of a viewer whose helper lacks a method that the library looks up by name. */
 final class MissingMethodsTest {
@@ -31,7 +31,7 @@ final class MissingMethodsTest {
     private MissingMethodsTest() {}
 
     public static void main(String[] arguments) {
-        NativeLibrary.load();
+        NativeLoader.load();
         TestRun run = new TestRun();
         run.test(
                 "a log line for a helper without print leaves a NoSuchMethodError",

@@ -8,9 +8,8 @@ import java.nio.file.Files;
 import java.nio.file.Path;
 import java.util.ArrayList;
 import java.util.List;
-import nn.qv.example.Codec;
-import nn.qv.example.DecoderOptions;
-import nn.qv.example.Update;
+import java.util.stream.Stream;
+import nn.qv.imagedecoder.internal.NativeCodec;
 
 /**
  * One decoder's life with its right results, as a {@code .case} file holds it.
@@ -24,7 +23,7 @@ import nn.qv.example.Update;
  */
 record CaseFile(
         String name,
-        DecoderOptions options,
+        RawOptions options,
         int contrast,
         boolean postprocessing,
         boolean planes,
@@ -45,12 +44,23 @@ record CaseFile(
 
     private static final int MAGIC = 'R' | 'C' << 8 | 'V' << 16 | '1' << 24;
 
+    /** All case files of a folder, in the order of their names. */
+    static List<CaseFile> loadAll(Path folder) throws IOException {
+        List<CaseFile> lives = new ArrayList<>();
+        try (Stream<Path> files = Files.list(folder)) {
+            for (Path file : files.filter(f -> f.toString().endsWith(".case")).sorted().toList()) {
+                lives.add(load(file));
+            }
+        }
+        return lives;
+    }
+
     static CaseFile load(Path file) throws IOException {
         ByteBuffer in = ByteBuffer.wrap(Files.readAllBytes(file)).order(ByteOrder.LITTLE_ENDIAN);
         if (in.getInt() != MAGIC) {
             throw new IOException(file + " is not a case file");
         }
-        Codec codec = Codec.values()[in.get()];
+        NativeCodec codec = NativeCodec.values()[in.get()];
         int protocolVersion = in.get();
         int chroma = in.get();
         int threads = u8(in);
@@ -70,7 +80,7 @@ record CaseFile(
         }
         return new CaseFile(
                 file.getFileName().toString(),
-                new DecoderOptions(codec, protocolVersion, chroma, threads),
+                new RawOptions(codec, protocolVersion, chroma, threads),
                 contrast,
                 postprocessing,
                 planes,

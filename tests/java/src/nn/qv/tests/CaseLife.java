@@ -2,16 +2,14 @@ package nn.qv.tests;
 
 import java.io.IOException;
 import java.util.List;
-import nn.qv.example.Codec;
-import nn.qv.example.UpdateDecoder;
-import nn.qv.example.UpdateFeed;
+import nn.qv.imagedecoder.internal.NativeCodec;
 
 /** Lives through a case file and holds every update against its right result. */
 final class CaseLife {
     private CaseLife() {}
 
     /** The line that a failing perform call logs. */
-    static String errorLine(Codec codec, String error) {
+    static String errorLine(NativeCodec codec, String error) {
         return "ImageDecoderException occured in Java_nn_qv_rccore_impl_rfb_img_hive_"
                 + "ImageDecoder"
                 + codec
@@ -25,9 +23,9 @@ final class CaseLife {
      * @param transferSize size of the transfer array in bytes, or 0 for the file's own pieces, for
      *     which alone the file knows the bytes consumed
      */
-    static void expectRight(CaseFile life, UpdateFeed feed, int transferSize) throws IOException {
+    static void expectRight(CaseFile life, MemoryFeed feed, int transferSize) throws IOException {
         GuardedFramebuffer memory = GuardedFramebuffer.of(life);
-        try (UpdateDecoder decoder = new UpdateDecoder(feed, life.options())) {
+        try (RawDecoder decoder = new RawDecoder(feed, life.options())) {
             decoder.setContrastEnhance(life.contrast());
             decoder.setClientPostprocessingEnabled(life.postprocessing());
             feed.takeLog();

@@ -2,29 +2,26 @@ package nn.qv.tests;
 
 import java.io.IOException;
 import java.util.List;
-import nn.qv.example.Codec;
-import nn.qv.example.DecoderOptions;
-import nn.qv.example.UpdateDecoder;
-import nn.qv.example.UpdateFeed;
+import nn.qv.imagedecoder.NativeLoader;
+import nn.qv.imagedecoder.internal.NativeCodec;
 import nn.qv.rccore.impl.rfb.img.hive.ImageDecoderICTNative;
 import nn.qv.rccore.impl.rfb.img.hive.ImageDecoderLBENative;
 import nn.qv.rccore.impl.rfb.img.hive.NativeImageDecodingHelper;
-import nn.qv.rccore.impl.rfb.img.hive.NativeLibrary;
 
 /** How native objects come and go. Arguments: the folder of the case files, the codec. */
 final class CreationTest {
     private final TestRun run = new TestRun();
-    private final Codec codec;
+    private final NativeCodec codec;
     private final GoodUpdate good;
 
-    private CreationTest(Codec codec, GoodUpdate good) {
+    private CreationTest(NativeCodec codec, GoodUpdate good) {
         this.codec = codec;
         this.good = good;
     }
 
     public static void main(String[] arguments) throws IOException {
-        NativeLibrary.load();
-        Codec codec = Codec.valueOf(arguments[1]);
+        NativeLoader.load();
+        NativeCodec codec = NativeCodec.valueOf(arguments[1]);
         CreationTest tests = new CreationTest(codec, GoodUpdate.load(arguments[0], codec));
         tests.objects();
         tests.refusals();
@@ -38,7 +35,7 @@ final class CreationTest {
                 () ->
                         TestRun.expectEqual(
                                 9, NativeImageDecodingHelper.getVersion(), "getVersion()"));
-        run.test("loading the library twice is fine", NativeLibrary::load);
+        run.test("loading the library twice is fine", NativeLoader::load);
         run.test(
                 "deleting handle 0 does nothing",
                 () -> {
@@ -73,16 +70,16 @@ final class CreationTest {
         run.test(
                 what + " fails the creation with an IOException, and a good decoder follows",
                 () -> {
-                    UpdateFeed feed = new UpdateFeed();
-                    DecoderOptions options =
-                            new DecoderOptions(codec, protocolVersion, chroma, threads);
+                    MemoryFeed feed = new MemoryFeed();
+                    RawOptions options =
+                            new RawOptions(codec, protocolVersion, chroma, threads);
                     IOException refusal =
                             TestRun.expectThrown(
                                     IOException.class,
-                                    () -> new UpdateDecoder(feed, options).close());
+                                    () -> new RawDecoder(feed, options).close());
                     TestRun.expectEqual(
                             "JNI init IImageDecoder failed", refusal.getMessage(), "message");
-                    try (UpdateDecoder decoder = good.decoder(feed)) {
+                    try (RawDecoder decoder = good.decoder(feed)) {
                         good.expectDecodes(decoder, good.framebuffer());
                     }
                 });
@@ -92,8 +89,8 @@ final class CreationTest {
         run.test(
                 "a new decoder logs that it is " + what,
                 () -> {
-                    UpdateFeed feed = new UpdateFeed();
-                    new UpdateDecoder(feed, new DecoderOptions(codec, protocolVersion, 0, threads))
+                    MemoryFeed feed = new MemoryFeed();
+                    new RawDecoder(feed, new RawOptions(codec, protocolVersion, 0, threads))
                             .close();
                     List<String> log = feed.takeLog();
                     TestRun.expect(

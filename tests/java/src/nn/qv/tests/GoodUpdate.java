@@ -2,9 +2,7 @@ package nn.qv.tests;
 
 import java.io.IOException;
 import java.nio.file.Path;
-import nn.qv.example.Codec;
-import nn.qv.example.UpdateDecoder;
-import nn.qv.example.UpdateFeed;
+import nn.qv.imagedecoder.internal.NativeCodec;
 
 /**
  * An update with known results, for tests that need a good one: the first of a case file's life,
@@ -12,9 +10,11 @@ import nn.qv.example.UpdateFeed;
  */
 record GoodUpdate(CaseFile life) {
     /** The good update of a codec, from the folder of the case files. */
-    static GoodUpdate load(String folder, Codec codec) throws IOException {
+    static GoodUpdate load(String folder, NativeCodec codec) throws IOException {
         String name =
-                codec == Codec.ICT ? "000-ict-v0-420-t0-nat.case" : "024-lbe-v0-420-t0-nat.case";
+                codec == NativeCodec.ICT
+                        ? "000-ict-v0-420-t0-nat.case"
+                        : "024-lbe-v0-420-t0-nat.case";
         return new GoodUpdate(CaseFile.load(Path.of(folder, name)));
     }
 
@@ -32,8 +32,8 @@ record GoodUpdate(CaseFile life) {
     }
 
     /** A decoder of the case file's options, ready for the update. */
-    UpdateDecoder decoder(UpdateFeed feed) throws IOException {
-        UpdateDecoder decoder = new UpdateDecoder(feed, life.options());
+    RawDecoder decoder(MemoryFeed feed) throws IOException {
+        RawDecoder decoder = new RawDecoder(feed, life.options());
         decoder.setContrastEnhance(life.contrast());
         decoder.setClientPostprocessingEnabled(life.postprocessing());
         feed.takeLog();
@@ -41,7 +41,7 @@ record GoodUpdate(CaseFile life) {
     }
 
     /** Decodes the update into memory that is all zero, which must give the known pixels. */
-    void expectDecodes(UpdateDecoder decoder, GuardedFramebuffer memory) {
+    void expectDecodes(RawDecoder decoder, GuardedFramebuffer memory) {
         long result = decoder.decode(step().update(), memory.framebuffer(), transfer());
         expectDecoded(result, memory);
     }

@@ -4,7 +4,7 @@ import java.nio.ByteBuffer;
 import java.util.ArrayList;
 import java.util.List;
 import java.util.zip.CRC32;
-import nn.qv.example.Framebuffer;
+import nn.qv.imagedecoder.internal.NativeTarget;
 
 /** A framebuffer in slices of larger direct buffers, whose other bytes must never change. */
 final class GuardedFramebuffer {
@@ -15,7 +15,7 @@ final class GuardedFramebuffer {
 
     private final List<ByteBuffer> memories = new ArrayList<>();
     private final List<ByteBuffer> slices = new ArrayList<>();
-    private final Framebuffer framebuffer;
+    private final NativeTarget framebuffer;
 
     static GuardedFramebuffer ofArgb(int width, int height) {
         return new GuardedFramebuffer(width, height, false, 0);
@@ -37,13 +37,14 @@ final class GuardedFramebuffer {
             ByteBuffer yPlane = allocate(width * height);
             ByteBuffer cbPlane = allocate(chromaWidth * chromaHeight);
             ByteBuffer crPlane = allocate(chromaWidth * chromaHeight);
-            framebuffer = new Framebuffer(width, height, null, yPlane, cbPlane, crPlane);
+            framebuffer = new NativeTarget(width, height, null, yPlane, cbPlane, crPlane);
         } else {
-            framebuffer = Framebuffer.ofArgb(width, height, allocate(4 * width * height));
+            framebuffer = new NativeTarget(
+                            width, height, allocate(4 * width * height), null, null, null);
         }
     }
 
-    Framebuffer framebuffer() {
+    NativeTarget framebuffer() {
         return framebuffer;
     }
 

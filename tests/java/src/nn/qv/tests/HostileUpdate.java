@@ -1,7 +1,5 @@
 package nn.qv.tests;
 
-import nn.qv.example.Update;
-
 /** An update on its way from good to bad, with the circumstances under which it is decoded. */
 final class HostileUpdate {
     /** The framebuffer that a perform call is given. */

@@ -8,14 +8,11 @@ import java.util.concurrent.ExecutorService;
 import java.util.concurrent.Executors;
 import java.util.concurrent.Future;
 import java.util.function.UnaryOperator;
-import nn.qv.example.Codec;
-import nn.qv.example.Framebuffer;
-import nn.qv.example.Handles;
-import nn.qv.example.Update;
-import nn.qv.example.UpdateDecoder;
-import nn.qv.example.UpdateFeed;
-import nn.qv.rccore.impl.rfb.img.hive.NativeImageDecodingHelper;
-import nn.qv.rccore.impl.rfb.img.hive.NativeLibrary;
+import nn.qv.imagedecoder.NativeLoader;
+import nn.qv.imagedecoder.internal.Handles;
+import nn.qv.imagedecoder.internal.NativeCodec;
+import nn.qv.imagedecoder.internal.NativeObjects;
+import nn.qv.imagedecoder.internal.NativeTarget;
 
 /**
  * What a perform call makes of its handles, framebuffers and numbers, and on which threads it runs.
@@ -23,17 +20,17 @@ import nn.qv.rccore.impl.rfb.img.hive.NativeLibrary;
  */
 final class PerformTest {
     private final TestRun run = new TestRun();
-    private final Codec codec;
+    private final NativeCodec codec;
     private final GoodUpdate good;
 
-    private PerformTest(Codec codec, GoodUpdate good) {
+    private PerformTest(NativeCodec codec, GoodUpdate good) {
         this.codec = codec;
         this.good = good;
     }
 
     public static void main(String[] arguments) throws IOException {
-        NativeLibrary.load();
-        Codec codec = Codec.valueOf(arguments[1]);
+        NativeLoader.load();
+        NativeCodec codec = NativeCodec.valueOf(arguments[1]);
         PerformTest tests = new PerformTest(codec, GoodUpdate.load(arguments[0], codec));
         tests.handles();
         tests.framebuffers();
@@ -54,46 +51,35 @@ final class PerformTest {
                 () -> {
                     ScriptedFeed feed = new ScriptedFeed();
                     feed.begin(good.step().update().data());
-                    Handles handles = create(feed);
+                    NativeObjects objects = create(feed);
                     feed.takeLog();
 
                     GuardedFramebuffer memory = good.framebuffer();
                     long blank = memory.crc();
                     long result =
-                            codec.perform.perform(
+                            codec.perform(
                                     good.transfer(),
                                     memory.framebuffer(),
-                                    good.step().update(),
-                                    withoutOne.apply(handles));
+                                    good.step().update().numbers(),
+                                    withoutOne.apply(objects.handles()));
                     TestRun.expectEqual(-1L, result, "result");
                     TestRun.expectEqual(List.of(), feed.capacities(), "reads");
                     TestRun.expectEqual(List.of(), feed.takeLog(), "log lines");
                     TestRun.expectEqual(blank, memory.crc(), "framebuffer CRC");
-                    delete(handles);
+                    objects.run();
                 });
     }
 
-    private Handles create(UpdateFeed feed) throws IOException {
-        long logger = feed.createLogger();
-        long stream = feed.createStreambuffer(logger);
-        long renderer = NativeImageDecodingHelper.createRCRenderer(logger);
-        long decoder = codec.create.create(renderer, stream, logger, 0, 0, 0);
-        return new Handles(logger, stream, renderer, decoder);
-    }
-
-    private void delete(Handles handles) {
-        codec.delete.accept(handles.decoder());
-        NativeImageDecodingHelper.deleteStreambuffer(handles.streambuffer());
-        NativeImageDecodingHelper.deleteRCRenderer(handles.renderer());
-        NativeImageDecodingHelper.deleteLogger(handles.logger());
+    private NativeObjects create(MemoryFeed feed) throws IOException {
+        return NativeObjects.create(feed, codec, 0, 0, 0);
     }
 
     private void framebuffers() {
         run.test(
                 "an update without framebuffers decodes and draws nothing",
                 () -> {
-                    Framebuffer none = framebufferOver(null);
-                    try (UpdateDecoder decoder = good.decoder(new UpdateFeed())) {
+                    NativeTarget none = framebufferOver(null);
+                    try (RawDecoder decoder = good.decoder(new MemoryFeed())) {
                         TestRun.expectEqual(
                                 good.step().result(),
                                 decoder.decode(good.step().update(), none, good.transfer()),
@@ -106,7 +92,7 @@ final class PerformTest {
                 () -> {
                     ByteBuffer heap =
                             ByteBuffer.allocate(4 * good.life().width() * good.life().height());
-                    try (UpdateDecoder decoder = good.decoder(new UpdateFeed())) {
+                    try (RawDecoder decoder = good.decoder(new MemoryFeed())) {
                         TestRun.expectEqual(
                                 good.step().result(),
                                 decoder.decode(
@@ -124,7 +110,7 @@ final class PerformTest {
                 () -> {
                     GuardedFramebuffer memory = good.framebuffer();
                     memory.framebuffer().argb().position(64);
-                    try (UpdateDecoder decoder = good.decoder(new UpdateFeed())) {
+                    try (RawDecoder decoder = good.decoder(new MemoryFeed())) {
                         long result =
                                 decoder.decode(
                                         good.step().update(),
@@ -139,7 +125,7 @@ final class PerformTest {
                 () -> {
                     GuardedFramebuffer first = good.framebuffer();
                     GuardedFramebuffer second = good.framebuffer();
-                    try (UpdateDecoder decoder = good.decoder(new UpdateFeed())) {
+                    try (RawDecoder decoder = good.decoder(new MemoryFeed())) {
                         good.expectDecodes(decoder, first);
                         good.expectDecodes(decoder, second);
                     }
@@ -147,8 +133,8 @@ final class PerformTest {
                 });
     }
 
-    private Framebuffer framebufferOver(ByteBuffer argb) {
-        return new Framebuffer(
+    private NativeTarget framebufferOver(ByteBuffer argb) {
+        return new NativeTarget(
                 good.life().width(), good.life().height(), argb, null, null, null);
     }
 
@@ -157,8 +143,8 @@ final class PerformTest {
                 "of sizes and positions the low 16 bits count",
                 () -> {
                     GuardedFramebuffer memory = good.framebuffer();
-                    Framebuffer wide =
-                            new Framebuffer(
+                    NativeTarget wide =
+                            new NativeTarget(
                                     good.life().width() | 0x7FFF0000,
                                     good.life().height() | 0x80000000,
                                     memory.framebuffer().argb(),
@@ -174,7 +160,7 @@ final class PerformTest {
                                     u.width() | 0x70000,
                                     u.height() | 0x80000000,
                                     u.data());
-                    try (UpdateDecoder decoder = good.decoder(new UpdateFeed())) {
+                    try (RawDecoder decoder = good.decoder(new MemoryFeed())) {
                         good.expectDecoded(
                                 decoder.decode(update, wide, good.transfer()), memory);
                     }
@@ -185,7 +171,7 @@ final class PerformTest {
         run.test(
                 "a decoder made on one thread decodes on another",
                 () -> {
-                    try (UpdateDecoder decoder = good.decoder(new UpdateFeed())) {
+                    try (RawDecoder decoder = good.decoder(new MemoryFeed())) {
                         onThreads(1, () -> good.expectDecodes(decoder, good.framebuffer()));
                     }
                 });
@@ -196,7 +182,7 @@ final class PerformTest {
                                 4,
                                 () -> {
                                     for (int i = 0; i < 10; i++) {
-                                        CaseLife.expectRight(good.life(), new UpdateFeed(), 0);
+                                        CaseLife.expectRight(good.life(), new MemoryFeed(), 0);
                                     }
                                 }));
     }

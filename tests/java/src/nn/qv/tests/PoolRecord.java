@@ -2,7 +2,7 @@ package nn.qv.tests;
 
 import java.util.ArrayList;
 import java.util.List;
-import nn.qv.example.Codec;
+import nn.qv.imagedecoder.internal.NativeCodec;
 
 /**
  * Where a macroblock's record stands in an update whose records are cut for a thread pool: it
@@ -24,7 +24,7 @@ record PoolRecord(int start, int end, int lengthBit, int lengthBits) {
     }
 
     /** The records up to the first that is not cut, from protocol version 2. */
-    static List<PoolRecord> of(Codec codec, byte[] data, int payloadBytes) {
+    static List<PoolRecord> of(NativeCodec codec, byte[] data, int payloadBytes) {
         List<PoolRecord> records = new ArrayList<>();
         int start = 0;
         while (start < payloadBytes) {
@@ -38,7 +38,7 @@ record PoolRecord(int start, int end, int lengthBit, int lengthBits) {
         return records;
     }
 
-    private static PoolRecord at(int start, Codec codec, byte[] data) {
+    private static PoolRecord at(int start, NativeCodec codec, byte[] data) {
         int bit = 8 * start;
         if (Bits.get(data, bit, 18) == 0x3FFFF) {
             return null;
@@ -46,7 +46,7 @@ record PoolRecord(int start, int end, int lengthBit, int lengthBits) {
         int skipCodeBits = Bits.get(data, bit) == 0 ? 1 : Bits.get(data, bit + 1, 1) == 0 ? 8 : 18;
         int lengthBit = bit + skipCodeBits;
         int lengthBits = ICT_LENGTH_BITS;
-        if (codec == Codec.LBE) {
+        if (codec == NativeCodec.LBE) {
             boolean isLong = Bits.get(data, lengthBit, 1) == 1;
             lengthBit++;
             lengthBits = isLong ? LBE_LONG_LENGTH_BITS : LBE_SHORT_LENGTH_BITS;

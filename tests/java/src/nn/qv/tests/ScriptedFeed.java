@@ -2,10 +2,9 @@ package nn.qv.tests;
 
 import java.util.ArrayList;
 import java.util.List;
-import nn.qv.example.UpdateFeed;
 
 /** A feed that can misbehave in its reads, and writes down what it is handed back. */
-final class ScriptedFeed extends UpdateFeed {
+final class ScriptedFeed extends MemoryFeed {
     /** What a read gives instead of the update's bytes. */
     interface Read {
         int read(byte[] target, int capacity);

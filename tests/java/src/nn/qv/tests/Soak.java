@@ -12,7 +12,7 @@ import java.util.HashMap;
 import java.util.List;
 import java.util.Map;
 import java.util.Random;
-import nn.qv.rccore.impl.rfb.img.hive.NativeLibrary;
+import nn.qv.imagedecoder.NativeLoader;
 
 /**
  * Feeds hostile updates to one decoder after another, and sees to it that nothing is harmed: no
@@ -54,7 +54,7 @@ final class Soak {
     }
 
     public static void main(String[] arguments) throws Exception {
-        NativeLibrary.load();
+        NativeLoader.load();
         Soak soak = new Soak(SoakOptions.parse(arguments));
         TestRun run = new TestRun();
         if (soak.options.life() >= 0) {

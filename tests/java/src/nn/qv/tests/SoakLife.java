@@ -4,10 +4,8 @@ import java.io.IOException;
 import java.util.List;
 import java.util.Random;
 import java.util.Set;
-import nn.qv.example.Codec;
-import nn.qv.example.DecoderOptions;
-import nn.qv.example.Framebuffer;
-import nn.qv.example.UpdateDecoder;
+import nn.qv.imagedecoder.internal.NativeCodec;
+import nn.qv.imagedecoder.internal.NativeTarget;
 
 /** One decoder's life under a soak: hostile updates, and after each of them a good one. */
 final class SoakLife {
@@ -48,7 +46,7 @@ final class SoakLife {
                         : 1 + random.nextInt(seed.large() ? MOST_LARGE_UPDATES : MOST_UPDATES);
         SoakReference right = soak.reference(seed);
         soak.watchdog().begin(number, -1);
-        try (UpdateDecoder decoder = new UpdateDecoder(feed, options())) {
+        try (RawDecoder decoder = new RawDecoder(feed, options())) {
             setOptions(decoder);
             feed.takeLog();
             for (int i = 0; i < count; i++) {
@@ -77,19 +75,19 @@ final class SoakLife {
         }
     }
 
-    private DecoderOptions options() {
-        DecoderOptions own = seed.options();
+    private RawOptions options() {
+        RawOptions own = seed.options();
         int threads =
                 switch (seed.pool()) {
                     case EITHER -> random.nextInt(MOST_THREADS + 1);
                     case NEEDED -> 1 + random.nextInt(MOST_THREADS);
                     case UNFIT -> 0;
                 };
-        return new DecoderOptions(
+        return new RawOptions(
                 own.codec(), own.protocolVersion(), own.chromaSubsampling(), threads);
     }
 
-    private void setOptions(UpdateDecoder decoder) {
+    private void setOptions(RawDecoder decoder) {
         decoder.setContrastEnhance(seed.contrast());
         decoder.setClientPostprocessingEnabled(seed.postprocessing());
     }
@@ -110,7 +108,7 @@ final class SoakLife {
         return update;
     }
 
-    private void decodeHostile(UpdateDecoder decoder, HostileUpdate update) {
+    private void decodeHostile(RawDecoder decoder, HostileUpdate update) {
         boolean odd = batch == null && random.nextInt(8) == 0;
         if (odd) {
             decoder.setContrastEnhance(random.nextInt(140) - 20);
@@ -141,12 +139,10 @@ final class SoakLife {
         }
     }
 
-    private long perform(UpdateDecoder decoder, HostileUpdate update, GuardedFramebuffer memory) {
-        Framebuffer framebuffer = memory.framebuffer();
+    private long perform(RawDecoder decoder, HostileUpdate update, GuardedFramebuffer memory) {
+        NativeTarget framebuffer = memory.framebuffer();
         if (update.sink == HostileUpdate.Sink.NONE) {
-            framebuffer =
-                    new Framebuffer(
-                            framebuffer.width(), framebuffer.height(), null, null, null, null);
+            framebuffer = NativeTarget.none(framebuffer.width(), framebuffer.height());
         }
         int misreadAt = feed.capacities().size() + update.misread;
         feed.script(
@@ -167,7 +163,7 @@ final class SoakLife {
         if (log.isEmpty()) {
             return;
         }
-        Codec codec = seed.options().codec();
+        NativeCodec codec = seed.options().codec();
         boolean known =
                 ERRORS.stream().anyMatch(e -> log.get(0).equals(CaseLife.errorLine(codec, e)));
         TestRun.expect(log.size() == 1 && known, "unknown log lines: " + log);

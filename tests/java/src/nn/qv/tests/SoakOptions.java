@@ -8,7 +8,7 @@ import java.util.Map;
  * What a soak is asked for, as arguments of the form {@code name=value}.
  *
  * @param cases folder of the case files
- * @param streams folder of the encoder's stream files
+ * @param streams folder of the encoder's recordings
  * @param record file that always names the life being lived, for the case of a crash
  * @param seed decides everything
  * @param seconds how long to go on, if updates is 0

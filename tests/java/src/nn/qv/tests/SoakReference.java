@@ -2,8 +2,6 @@ package nn.qv.tests;
 
 import java.io.IOException;
 import java.util.List;
-import nn.qv.example.UpdateDecoder;
-import nn.qv.example.UpdateFeed;
 
 /**
  * What a seed's update gives in memory that is all zero.
@@ -15,8 +13,8 @@ record SoakReference(SoakSeed seed, long result, long crc) {
     /** By a fresh decoder, which must agree with the case file where that knows. */
     static SoakReference byFreshDecoder(SoakSeed seed, GuardedFramebuffer memory)
             throws IOException {
-        UpdateFeed feed = new UpdateFeed();
-        try (UpdateDecoder decoder = new UpdateDecoder(feed, seed.options())) {
+        MemoryFeed feed = new MemoryFeed();
+        try (RawDecoder decoder = new RawDecoder(feed, seed.options())) {
             decoder.setContrastEnhance(seed.contrast());
             decoder.setClientPostprocessingEnabled(seed.postprocessing());
             feed.takeLog();
@@ -31,7 +29,7 @@ record SoakReference(SoakSeed seed, long result, long crc) {
     }
 
     /** Decodes the update again, by a decoder that has seen others. */
-    void expectDecodes(UpdateDecoder decoder, UpdateFeed feed, GuardedFramebuffer memory) {
+    void expectDecodes(RawDecoder decoder, MemoryFeed feed, GuardedFramebuffer memory) {
         memory.clear();
         long actual = decode(decoder, seed, memory);
         TestRun.expectEqual(List.of(), feed.takeLog(), "log lines of the good update");
@@ -40,7 +38,7 @@ record SoakReference(SoakSeed seed, long result, long crc) {
         memory.expectGuardsUntouched();
     }
 
-    private static long decode(UpdateDecoder decoder, SoakSeed seed, GuardedFramebuffer memory) {
+    private static long decode(RawDecoder decoder, SoakSeed seed, GuardedFramebuffer memory) {
         byte[] transfer = new byte[Math.max(1, seed.update().data().length)];
         return decoder.decode(seed.update(), memory.framebuffer(), transfer);
     }

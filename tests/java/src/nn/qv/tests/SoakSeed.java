@@ -1,8 +1,6 @@
 package nn.qv.tests;
 
-import nn.qv.example.Codec;
-import nn.qv.example.DecoderOptions;
-import nn.qv.example.Update;
+import nn.qv.imagedecoder.internal.NativeCodec;
 
 /**
  * A good update that hostile ones are made of, with the decoder and framebuffer it is meant for.
@@ -15,7 +13,7 @@ import nn.qv.example.Update;
  */
 record SoakSeed(
         String name,
-        DecoderOptions options,
+        RawOptions options,
         Pool pool,
         int contrast,
         boolean postprocessing,
@@ -55,7 +53,7 @@ record SoakSeed(
     }
 
     boolean ict() {
-        return options.codec() == Codec.ICT;
+        return options.codec() == NativeCodec.ICT;
     }
 
     static Pool poolFor(int protocolVersion, boolean recordsCut) {

@@ -2,11 +2,8 @@ package nn.qv.tests;
 
 import java.io.IOException;
 import java.util.List;
-import nn.qv.example.Codec;
-import nn.qv.example.DecoderOptions;
-import nn.qv.example.Update;
-import nn.qv.example.UpdateDecoder;
-import nn.qv.rccore.impl.rfb.img.hive.NativeLibrary;
+import nn.qv.imagedecoder.NativeLoader;
+import nn.qv.imagedecoder.internal.NativeCodec;
 
 /**
  * How the library pulls an update's bytes and gives the rest back, with feeds that keep the
@@ -16,22 +13,23 @@ final class StreamContractTest {
     private static final int SIDE = 32;
 
     private final TestRun run = new TestRun();
-    private final Codec codec;
+    private final NativeCodec codec;
     private final GoodUpdate good;
 
-    private StreamContractTest(Codec codec, GoodUpdate good) {
+    private StreamContractTest(NativeCodec codec, GoodUpdate good) {
         this.codec = codec;
         this.good = good;
     }
 
     public static void main(String[] arguments) throws IOException {
-        NativeLibrary.load();
-        Codec codec = Codec.valueOf(arguments[1]);
+        NativeLoader.load();
+        NativeCodec codec = NativeCodec.valueOf(arguments[1]);
         StreamContractTest tests =
                 new StreamContractTest(codec, GoodUpdate.load(arguments[0], codec));
         tests.givingBack();
         tests.pieces();
         tests.failingReads();
+        tests.misstatedLengths();
         tests.run.finish();
     }
 
@@ -96,6 +94,49 @@ final class StreamContractTest {
         expectFails("a read of 0", "Stream has no more bytes!", (target, capacity) -> 0);
     }
 
+    /** The length of the transfer array that a perform call tells, against the real one. */
+    private void misstatedLengths() {
+        int real = good.transfer().length;
+        expectSurvives("far too large", real, real + (64 << 20));
+        expectSurvives("one too large", real, real + 1);
+        expectSurvives("one too small", real, real - 1);
+        expectSurvives("0", real, 0);
+        expectSurvives("too large for an empty array", 0, 16);
+    }
+
+    /** Reads store as many bytes as both the told and the real length allow. */
+    private void expectSurvives(String what, int realLength, int toldLength) {
+        run.test(
+                "a transfer array's length told as " + what + " neither harms nor draws wrongly",
+                () -> {
+                    ScriptedFeed feed = new ScriptedFeed();
+                    GuardedFramebuffer memory = good.framebuffer();
+                    long blank = memory.crc();
+                    try (RawDecoder decoder = good.decoder(feed)) {
+                        feed.script(
+                                (target, capacity) ->
+                                        feed.regularRead(
+                                                target, Math.min(capacity, target.length)));
+                        long result =
+                                decoder.decode(
+                                        good.step().update(),
+                                        memory.framebuffer(),
+                                        new byte[realLength],
+                                        toldLength);
+                        if (result == -1) {
+                            TestRun.expectEqual(1, feed.takeLog().size(), "log lines");
+                            TestRun.expectEqual(blank, memory.crc(), "framebuffer CRC");
+                        } else {
+                            good.expectDecoded(result, memory);
+                        }
+                        memory.expectGuardsUntouched();
+                        feed.script(null);
+                        memory.clear();
+                        good.expectDecodes(decoder, memory);
+                    }
+                });
+    }
+
     /** The update must fail with the text, draw nothing, and leave the decoder as good as new. */
     private void expectFails(String what, String error, ScriptedFeed.Read read) {
         run.test(
@@ -104,7 +145,7 @@ final class StreamContractTest {
                     ScriptedFeed feed = new ScriptedFeed();
                     GuardedFramebuffer memory = good.framebuffer();
                     long blank = memory.crc();
-                    try (UpdateDecoder decoder = good.decoder(feed)) {
+                    try (RawDecoder decoder = good.decoder(feed)) {
                         feed.script(read);
                         long result =
                                 decoder.decode(
@@ -135,7 +176,7 @@ final class StreamContractTest {
     private void expectGoodWith(Script script) throws IOException {
         ScriptedFeed feed = new ScriptedFeed();
         feed.script(script.of(feed));
-        try (UpdateDecoder decoder = good.decoder(feed)) {
+        try (RawDecoder decoder = good.decoder(feed)) {
             good.expectDecodes(decoder, good.framebuffer());
         }
     }
@@ -144,8 +185,8 @@ final class StreamContractTest {
     private ScriptedFeed decodeEmpty(int protocolVersion, byte[] data, byte[] transfer)
             throws IOException {
         ScriptedFeed feed = new ScriptedFeed();
-        DecoderOptions options = new DecoderOptions(codec, protocolVersion, 0, 0);
-        try (UpdateDecoder decoder = new UpdateDecoder(feed, options)) {
+        RawOptions options = new RawOptions(codec, protocolVersion, 0, 0);
+        try (RawDecoder decoder = new RawDecoder(feed, options)) {
             GuardedFramebuffer memory = GuardedFramebuffer.ofArgb(SIDE, SIDE);
             Update update = new Update(7, 0, 0, SIDE, SIDE, data);
             TestRun.expectEqual(

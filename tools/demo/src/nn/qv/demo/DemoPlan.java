@@ -2,8 +2,11 @@ package nn.qv.demo;
 
 import java.util.ArrayList;
 import java.util.List;
-import nn.qv.example.Codec;
-import nn.qv.example.DecoderOptions;
+import nn.qv.imagedecoder.ChromaSubsampling;
+import nn.qv.imagedecoder.Codec;
+import nn.qv.imagedecoder.DecoderOptions;
+import nn.qv.imagedecoder.ProtocolVersion;
+import nn.qv.imagedecoder.RecordLayout;
 
 /** Which screens are shown in which ways: every value of each dimension, not every combination. */
 final class DemoPlan {
@@ -20,31 +23,44 @@ final class DemoPlan {
             List.of("console-720x400", "firmware-800x600", "desktop-1024x768");
 
     /** A way of coding: protocol version, chroma subsampling, threads, quality. */
-    private record Way(int protocolVersion, int chroma, int threads, int quality) {}
+    private record Way(
+            ProtocolVersion protocolVersion, ChromaSubsampling chroma, int threads, int quality) {
+        DecoderOptions options(Codec codec) {
+            return DecoderOptions.builder(codec)
+                    .protocolVersion(protocolVersion)
+                    .chromaSubsampling(chroma)
+                    .threads(threads)
+                    .recordLayout(threads > 0 ? RecordLayout.PADDED : RecordLayout.CONTINUOUS)
+                    .build();
+        }
+    }
 
-    private static final int C420 = 0;
-    private static final int C422 = 1;
-    private static final int C444 = 2;
+    private static final ProtocolVersion V0 = ProtocolVersion.V0;
+    private static final ProtocolVersion V1 = ProtocolVersion.V1;
+    private static final ProtocolVersion V2 = ProtocolVersion.V2;
+    private static final ChromaSubsampling C420 = ChromaSubsampling.YCBCR_420;
+    private static final ChromaSubsampling C422 = ChromaSubsampling.YCBCR_422;
+    private static final ChromaSubsampling C444 = ChromaSubsampling.YCBCR_444;
 
     private static final List<Way> ICT_WAYS =
             List.of(
-                    new Way(0, C420, 0, 4),
-                    new Way(1, C422, 0, 9),
-                    new Way(2, C444, 0, 12),
-                    new Way(2, C420, 2, 12),
-                    new Way(2, C444, 2, 15));
+                    new Way(V0, C420, 0, 4),
+                    new Way(V1, C422, 0, 9),
+                    new Way(V2, C444, 0, 12),
+                    new Way(V2, C420, 2, 12),
+                    new Way(V2, C444, 2, 15));
     private static final List<Way> LBE_WAYS =
             List.of(
-                    new Way(0, C420, 0, 2),
-                    new Way(0, C422, 0, 3),
-                    new Way(0, C444, 0, 4),
-                    new Way(1, C420, 0, 5),
-                    new Way(1, C422, 0, 6),
-                    new Way(1, C444, 0, 7),
-                    new Way(2, C420, 0, 8),
-                    new Way(2, C422, 2, 9),
-                    new Way(2, C420, 2, 10),
-                    new Way(2, C444, 2, 11));
+                    new Way(V0, C420, 0, 2),
+                    new Way(V0, C422, 0, 3),
+                    new Way(V0, C444, 0, 4),
+                    new Way(V1, C420, 0, 5),
+                    new Way(V1, C422, 0, 6),
+                    new Way(V1, C444, 0, 7),
+                    new Way(V2, C420, 0, 8),
+                    new Way(V2, C422, 2, 9),
+                    new Way(V2, C420, 2, 10),
+                    new Way(V2, C444, 2, 11));
 
     private DemoPlan() {}
 
@@ -59,9 +75,7 @@ final class DemoPlan {
             List<DemoRun> runs, Codec codec, List<String> screens, List<Way> ways) {
         for (String screen : screens) {
             for (Way way : ways) {
-                DecoderOptions options =
-                        new DecoderOptions(codec, way.protocolVersion, way.chroma, way.threads);
-                runs.add(new DemoRun(screen, options, way.quality));
+                runs.add(new DemoRun(screen, way.options(codec), way.quality));
             }
         }
     }

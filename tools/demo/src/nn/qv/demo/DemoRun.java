@@ -1,6 +1,6 @@
 package nn.qv.demo;
 
-import nn.qv.example.DecoderOptions;
+import nn.qv.imagedecoder.DecoderOptions;
 
 /**
  * One row of the table: a sequence of screens, encoded and decoded in one way.
@@ -10,10 +10,9 @@ import nn.qv.example.DecoderOptions;
  * @param quality the encoding's quality value
  */
 record DemoRun(String screen, DecoderOptions options, int quality) {
-    private static final String[] CHROMA_NAMES = {"420", "422", "444"};
-
+    /** Such as "420". */
     String chromaName() {
-        return CHROMA_NAMES[options.chromaSubsampling()];
+        return options.chromaSubsampling().name().replace("YCBCR_", "");
     }
 
     String codecName() {
@@ -27,7 +26,7 @@ record DemoRun(String screen, DecoderOptions options, int quality) {
                 screen,
                 codecName(),
                 chromaName(),
-                options.protocolVersion(),
+                options.protocolVersion().ordinal(),
                 options.threads(),
                 quality);
     }

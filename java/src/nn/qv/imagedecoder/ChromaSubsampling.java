@@ -1,0 +1,45 @@
+package nn.qv.imagedecoder;
+
+/**
+ * How many luma samples share a chroma sample. The order is that of the native interface's codes.
+ *
+ * <pre>{@code
+ * DecoderOptions.builder(Codec.ICT).chromaSubsampling(ChromaSubsampling.YCBCR_444);
+ * }</pre>
+ */
+public enum ChromaSubsampling {
+    /** One chroma sample for 2x2 pixels. */
+    YCBCR_420(2, 2),
+    /** One chroma sample for two pixels side by side. */
+    YCBCR_422(2, 1),
+    /** One chroma sample a pixel. */
+    YCBCR_444(1, 1);
+
+    private final int divX;
+    private final int divY;
+
+    ChromaSubsampling(int divX, int divY) {
+        this.divX = divX;
+        this.divY = divY;
+    }
+
+    /**
+     * Width of a chroma plane.
+     *
+     * @param width width of the luma plane in samples
+     * @return the width in samples, rounded down
+     */
+    public int chromaWidth(int width) {
+        return width / divX;
+    }
+
+    /**
+     * Height of a chroma plane.
+     *
+     * @param height height of the luma plane in rows
+     * @return the height in rows, rounded down
+     */
+    public int chromaHeight(int height) {
+        return height / divY;
+    }
+}

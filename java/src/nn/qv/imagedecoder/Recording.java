@@ -1,0 +1,189 @@
+package nn.qv.imagedecoder;
+
+import java.io.IOException;
+import java.nio.file.Path;
+import nn.qv.imagedecoder.internal.RecordFile;
+
+/**
+ * Reads a recording: the updates of a connection as they arrived, with all that is needed to decode
+ * them again. {@link DecoderOptions.Builder#record} makes one, {@link RecordingPlayer} plays it.
+ *
+ * <p>Entries are read while they are whole; {@link #ending} then tells whether the file ends there,
+ * was cut, or holds wrong bytes.
+ *
+ * <pre>{@code
+ * try (Recording recording = Recording.open(Path.of("bug.rcrec"))) {
+ *     System.out.println(recording.codec() + ", " + recording.initialSettings());
+ *     for (RecordingEntry entry = recording.next(); entry != null; entry = recording.next()) {
+ *         System.out.println(entry);
+ *     }
+ *     System.out.println(recording.ending() + " at byte " + recording.position());
+ * }
+ * }</pre>
+ */
+public final class Recording implements AutoCloseable {
+    /** How a recording ends. */
+    public enum Ending {
+        /** There may be more entries. */
+        NOT_REACHED,
+        /** Behind a whole entry. */
+        COMPLETE,
+        /** Amid an entry, as after a crash. */
+        CUT,
+        /** With bytes that are no entry. */
+        DAMAGED,
+        /** With an entry that only a later release understands. */
+        TOO_NEW
+    }
+
+    private final RecordFile file;
+    private final RecordingParser.Header header;
+    private Ending ending = Ending.NOT_REACHED;
+
+    private Recording(RecordFile file, RecordingParser.Header header) {
+        this.file = file;
+        this.header = header;
+    }
+
+    /**
+     * Opens a recording.
+     *
+     * @param path the file
+     * @return the recording, before its first entry
+     * @throws IOException if the file cannot be read or is no recording
+     */
+    public static Recording open(Path path) throws IOException {
+        RecordFile file = RecordFile.open(path);
+        try {
+            return new Recording(file, RecordingParser.header(file.header()));
+        } catch (IOException | RuntimeException e) {
+            file.close();
+            throw e instanceof IOException io ? io : new IOException(path + ": " + e, e);
+        }
+    }
+
+    /**
+     * The encoding.
+     *
+     * @return the codec
+     */
+    public Codec codec() {
+        return header.codec();
+    }
+
+    /**
+     * The version of the update data.
+     *
+     * @return the version
+     */
+    public ProtocolVersion protocolVersion() {
+        return header.protocolVersion();
+    }
+
+    /**
+     * The chroma subsampling.
+     *
+     * @return the subsampling
+     */
+    public ChromaSubsampling chromaSubsampling() {
+        return header.chromaSubsampling();
+    }
+
+    /**
+     * How macroblocks of protocol version 2 follow each other.
+     *
+     * @return the layout
+     */
+    public RecordLayout recordLayout() {
+        return header.recordLayout();
+    }
+
+    /**
+     * The settings that the recording begins with.
+     *
+     * @return the settings
+     */
+    public RecordingEntry.Settings initialSettings() {
+        return header.settings();
+    }
+
+    /**
+     * Options of a decoder for its updates, with as many threads as they need.
+     *
+     * @return a builder that may be changed further
+     */
+    public DecoderOptions.Builder options() {
+        boolean pool =
+                protocolVersion() == ProtocolVersion.V2 && recordLayout() == RecordLayout.PADDED;
+        return DecoderOptions.builder(codec())
+                .protocolVersion(protocolVersion())
+                .chromaSubsampling(chromaSubsampling())
+                .recordLayout(recordLayout())
+                .threads(pool ? 1 : 0)
+                .contrast(initialSettings().contrast())
+                .postprocessing(initialSettings().postprocessing());
+    }
+
+    /**
+     * Reads the next entry.
+     *
+     * @return the entry, null at the end
+     * @throws IOException if the file cannot be read
+     */
+    public RecordingEntry next() throws IOException {
+        while (ending == Ending.NOT_REACHED) {
+            RecordFile.Item item = file.next();
+            ending = endingOf(item);
+            if (ending == Ending.NOT_REACHED) {
+                RecordingEntry entry = parse(item);
+                if (entry != null) {
+                    return entry;
+                }
+            }
+        }
+        return null;
+    }
+
+    /**
+     * How the recording ends.
+     *
+     * @return NOT_REACHED until {@link #next} has returned null
+     */
+    public Ending ending() {
+        return ending;
+    }
+
+    /**
+     * How far it was read.
+     *
+     * @return the number of good bytes so far
+     */
+    public long position() {
+        return file.position();
+    }
+
+    @Override
+    public void close() throws IOException {
+        file.close();
+    }
+
+    private RecordingEntry parse(RecordFile.Item item) {
+        try {
+            RecordingEntry entry = RecordingParser.entry(item);
+            file.accept(item);
+            return entry;
+        } catch (RuntimeException | IOException e) {
+            ending = Ending.DAMAGED; // The bytes are those written, but make no sense.
+            return null;
+        }
+    }
+
+    private static Ending endingOf(RecordFile.Item item) {
+        return switch (item.state()) {
+            case WHOLE -> RecordingParser.isTooNew(item) ? Ending.TOO_NEW : Ending.NOT_REACHED;
+            case NONE -> Ending.COMPLETE;
+            case CUT -> Ending.CUT;
+            case DAMAGED -> Ending.DAMAGED;
+        };
+    }
+}

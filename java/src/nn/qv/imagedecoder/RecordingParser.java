@@ -1,0 +1,134 @@
+package nn.qv.imagedecoder;
+
+import java.io.ByteArrayInputStream;
+import java.io.IOException;
+import java.nio.ByteBuffer;
+import java.nio.ByteOrder;
+import java.nio.charset.StandardCharsets;
+import java.util.zip.InflaterInputStream;
+import nn.qv.imagedecoder.internal.RecordFile;
+import nn.qv.imagedecoder.internal.RecordingFormat;
+
+/**
+ * Makes sense of a recording's bytes, whose CRC has been checked. Throws RuntimeException where
+ * they make none.
+ */
+final class RecordingParser {
+    /** What stands before the records. */
+    record Header(
+            Codec codec,
+            ProtocolVersion protocolVersion,
+            ChromaSubsampling chromaSubsampling,
+            RecordLayout recordLayout,
+            RecordingEntry.Settings settings) {}
+
+    private static final int CODEC_OFFSET = 12;
+
+    private RecordingParser() {}
+
+    static Header header(ByteBuffer in) throws IOException {
+        int version = u16(in, RecordingFormat.MAGIC.length);
+        if (version != RecordingFormat.VERSION) {
+            throw new IOException("A recording of version " + version + ", which is not known");
+        }
+        in.position(CODEC_OFFSET);
+        return new Header(
+                value(Codec.values(), in.get()),
+                value(ProtocolVersion.values(), in.get()),
+                value(ChromaSubsampling.values(), in.get()),
+                value(RecordLayout.values(), in.get()),
+                settings(in.slice().order(ByteOrder.LITTLE_ENDIAN)));
+    }
+
+    static boolean isTooNew(RecordFile.Item item) {
+        return item.type() > RecordingFormat.PICTURE
+                && item.type() < RecordingFormat.FIRST_OPTIONAL;
+    }
+
+    /** Null for what need not be understood. */
+    static RecordingEntry entry(RecordFile.Item item) throws IOException {
+        ByteBuffer body = item.body();
+        return switch (item.type()) {
+            case RecordingFormat.UPDATE -> update(body);
+            case RecordingFormat.SETTINGS -> settings(body);
+            case RecordingFormat.PICTURE -> picture(body);
+            case RecordingFormat.NOTE ->
+                    new RecordingEntry.Note(StandardCharsets.UTF_8.decode(body).toString());
+            default -> null;
+        };
+    }
+
+    private static RecordingEntry.Update update(ByteBuffer in) {
+        int fieldsBytes = u16(in, 0);
+        require(fieldsBytes >= RecordingFormat.UPDATE_FIELDS_BYTES, "short fields");
+        UpdateHeader header =
+                new UpdateHeader(u16(in, 8), u16(in, 10), u16(in, 12), u16(in, 14), in.getInt(4));
+        return new RecordingEntry.Update(
+                header,
+                in.getLong(16),
+                rest(in, fieldsBytes),
+                (in.get(2) & RecordingFormat.RESULT_KNOWN) != 0,
+                in.getLong(24),
+                value(RecordingEntry.Covering.values(), in.get(3)),
+                in.getInt(32));
+    }
+
+    private static RecordingEntry.Settings settings(ByteBuffer in) {
+        int width = u16(in, 0);
+        int height = u16(in, 2);
+        int contrast = in.get(4);
+        require(width > 0 && height > 0, "no geometry");
+        DecoderOptions.checkContrast(contrast);
+        return new RecordingEntry.Settings(
+                width, height, contrast, bit(in.get(5)), bit(in.get(6)), bit(in.get(7)));
+    }
+
+    private static RecordingEntry.Picture picture(ByteBuffer in) throws IOException {
+        int fieldsBytes = u16(in, 0);
+        require(fieldsBytes >= RecordingFormat.PICTURE_FIELDS_BYTES, "short fields");
+        byte[] data = rest(in, fieldsBytes);
+        if (in.get(2) == RecordingFormat.COMPRESSION_ZLIB) {
+            data = inflate(data);
+        } else {
+            require(in.get(2) == RecordingFormat.COMPRESSION_NONE, "unknown compression");
+        }
+        require(RecordingFormat.crc(data, data.length) == in.getInt(4), "wrong picture");
+        return new RecordingEntry.Picture(data);
+    }
+
+    /** No picture of a framebuffer is larger than its most pixels of four bytes. */
+    private static byte[] inflate(byte[] data) throws IOException {
+        int most = Integer.BYTES * Framebuffer.MAX_PIXELS;
+        try (InflaterInputStream in = new InflaterInputStream(new ByteArrayInputStream(data))) {
+            byte[] picture = in.readNBytes(most);
+            require(in.read() < 0, "picture too large");
+            return picture;
+        }
+    }
+
+    private static byte[] rest(ByteBuffer in, int from) {
+        byte[] bytes = new byte[in.limit() - from];
+        in.get(from, bytes);
+        return bytes;
+    }
+
+    private static int u16(ByteBuffer in, int offset) {
+        return in.getShort(offset) & 0xFFFF;
+    }
+
+    private static boolean bit(byte value) {
+        require(value == 0 || value == 1, "neither 0 nor 1");
+        return value == 1;
+    }
+
+    private static <T> T value(T[] values, byte code) {
+        require(code >= 0 && code < values.length, "unknown code");
+        return values[code];
+    }
+
+    private static void require(boolean condition, String otherwise) {
+        if (!condition) {
+            throw new IllegalArgumentException(otherwise);
+        }
+    }
+}

@@ -1,0 +1,304 @@
+package nn.qv.imagedecoder;
+
+import java.io.IOException;
+import java.nio.ByteBuffer;
+import java.nio.file.Path;
+import java.util.concurrent.TimeUnit;
+import java.util.zip.CRC32;
+
+/**
+ * Plays a recording: decodes its updates again, as fast as possible or as they came, and compares
+ * results and pictures with what was recorded.
+ *
+ * <pre>{@code
+ * try (RecordingPlayer player = RecordingPlayer.open(Path.of("bug.rcrec"), 0)) {
+ *     while (player.step()) {
+ *         if (!player.difference().isEmpty()) {
+ *             System.out.println(player.updates() + ": " + player.difference());
+ *         }
+ *     }
+ *     BufferedImage last = player.framebuffer().toBufferedImage();
+ * }
+ * }</pre>
+ */
+public final class RecordingPlayer implements AutoCloseable {
+    private final Recording recording;
+    private final ScreenDecoder decoder;
+    private RecordingEntry.Settings settings;
+    private Framebuffer framebuffer;
+    private RecordingEntry.Update last;
+    private String difference = "";
+    private String failure = "";
+    private long updates;
+    private long failed;
+    private long differing;
+    private long checksums;
+
+    private RecordingPlayer(Recording recording, ScreenDecoder decoder) {
+        this.recording = recording;
+        this.decoder = decoder;
+        apply(recording.initialSettings());
+    }
+
+    /**
+     * Opens a recording and a decoder for it.
+     *
+     * @param file the recording
+     * @param threads worker threads of the decoder; 0 for as many as the recording needs
+     * @return the player, before the first update
+     * @throws IOException if the file cannot be read or is no recording
+     * @throws IllegalArgumentException if the recording cannot be decoded with so many threads
+     */
+    public static RecordingPlayer open(Path file, int threads) throws IOException {
+        Recording recording = Recording.open(file);
+        ScreenDecoder decoder = null;
+        try {
+            DecoderOptions.Builder options = recording.options();
+            if (threads > 0) {
+                options.threads(threads);
+            }
+            decoder = ScreenDecoder.open(options.build());
+            return new RecordingPlayer(recording, decoder);
+        } catch (IOException | RuntimeException | Error e) {
+            recording.close();
+            if (decoder != null) {
+                decoder.close();
+            }
+            throw e;
+        }
+    }
+
+    /**
+     * Plays up to and with the next update.
+     *
+     * @return false if there is none
+     * @throws IOException if the file cannot be read
+     */
+    public boolean step() throws IOException {
+        difference = "";
+        failure = "";
+        for (RecordingEntry entry = recording.next(); entry != null; entry = recording.next()) {
+            if (entry instanceof RecordingEntry.Settings changed) {
+                apply(changed);
+            } else if (entry instanceof RecordingEntry.Picture picture) {
+                show(picture);
+            } else if (entry instanceof RecordingEntry.Update update) {
+                play(update);
+                return true;
+            }
+        }
+        return false;
+    }
+
+    /**
+     * Plays everything.
+     *
+     * @param inRealTime whether to keep the pace of the recording; otherwise as fast as possible
+     * @return whether every update gave what was recorded
+     * @throws IOException if the file cannot be read
+     * @throws InterruptedException if the thread is interrupted while it keeps the pace
+     */
+    public boolean play(boolean inRealTime) throws IOException, InterruptedException {
+        long start = System.nanoTime();
+        while (step()) {
+            if (inRealTime) {
+                keepPace(start);
+            }
+        }
+        return differing == 0;
+    }
+
+    /**
+     * Waits until the last update is due, for whoever shows the pictures while they play.
+     *
+     * @param startNanos System.nanoTime() when the recording began to play
+     * @throws InterruptedException if the thread is interrupted meanwhile
+     */
+    public void keepPace(long startNanos) throws InterruptedException {
+        long due = startNanos + TimeUnit.MICROSECONDS.toNanos(last.timeMicros());
+        TimeUnit.NANOSECONDS.sleep(due - System.nanoTime());
+    }
+
+    /**
+     * The recording that is played.
+     *
+     * @return the recording, for its properties and its ending
+     */
+    public Recording recording() {
+        return recording;
+    }
+
+    /**
+     * The framebuffer that is drawn into; a change of size brings another one.
+     *
+     * @return the framebuffer
+     */
+    public Framebuffer framebuffer() {
+        return framebuffer;
+    }
+
+    /**
+     * The update of the last {@link #step}.
+     *
+     * @return the update, null before the first one
+     */
+    public RecordingEntry.Update lastUpdate() {
+        return last;
+    }
+
+    /**
+     * What the last update did otherwise than recorded.
+     *
+     * @return a text for people, empty if there is no difference
+     */
+    public String difference() {
+        return difference;
+    }
+
+    /**
+     * Why the last update failed.
+     *
+     * @return the message, empty if it did not
+     */
+    public String failure() {
+        return failure;
+    }
+
+    /**
+     * The updates so far.
+     *
+     * @return their number
+     */
+    public long updates() {
+        return updates;
+    }
+
+    /**
+     * The updates so far that failed.
+     *
+     * @return their number
+     */
+    public long failed() {
+        return failed;
+    }
+
+    /**
+     * The updates so far that did otherwise than recorded.
+     *
+     * @return their number
+     */
+    public long differing() {
+        return differing;
+    }
+
+    /**
+     * The pictures so far that were compared by their checksums.
+     *
+     * @return their number
+     */
+    public long checksums() {
+        return checksums;
+    }
+
+    /**
+     * Figures of the decoder.
+     *
+     * @return the figures as they are now
+     */
+    public DecoderStatistics statistics() {
+        return decoder.statistics();
+    }
+
+    @Override
+    public void close() throws IOException {
+        decoder.close();
+        recording.close();
+    }
+
+    private void apply(RecordingEntry.Settings changed) {
+        boolean sameShape =
+                settings != null
+                        && settings.width() == changed.width()
+                        && settings.height() == changed.height()
+                        && settings.planes() == changed.planes();
+        if (!sameShape) {
+            framebuffer =
+                    changed.planes()
+                            ? Framebuffer.planes(
+                                    changed.width(),
+                                    changed.height(),
+                                    recording.chromaSubsampling())
+                            : Framebuffer.argb(changed.width(), changed.height());
+        }
+        settings = changed;
+        decoder.setContrast(changed.contrast());
+        decoder.setPostprocessing(changed.postprocessing());
+    }
+
+    private void show(RecordingEntry.Picture picture) throws IOException {
+        ByteBuffer from = ByteBuffer.wrap(picture.bytes());
+        for (ByteBuffer memory : framebuffer.memory()) {
+            if (from.remaining() < memory.capacity()) {
+                throw new IOException("A picture of the recording is too small");
+            }
+            memory.put(0, picture.bytes(), from.position(), memory.capacity());
+            from.position(from.position() + memory.capacity());
+        }
+    }
+
+    private void play(RecordingEntry.Update update) {
+        last = update;
+        updates++;
+        long result;
+        try {
+            decoder.decode(update.header(), update.payload(), framebuffer);
+            result = decoder.lastResult();
+        } catch (UpdateException e) {
+            failure = e.getMessage();
+            failed++;
+            result = -1;
+        }
+        compare(update, result);
+    }
+
+    private void compare(RecordingEntry.Update update, long result) {
+        if (update.resultKnown() && result != update.result()) {
+            difference =
+                    String.format("result %016x instead of %016x", result, update.result());
+        } else if (comparable(update)) {
+            checksums++;
+            int crc = (int) crc(update);
+            if (crc != update.pictureCrc()) {
+                difference =
+                        String.format(
+                                "picture CRC %08x instead of %08x", crc, update.pictureCrc());
+            }
+        }
+        if (!difference.isEmpty()) {
+            differing++;
+        }
+    }
+
+    private boolean comparable(RecordingEntry.Update update) {
+        return update.covering() != RecordingEntry.Covering.NOTHING
+                && !(settings.portableKernels() && recording.codec() == Codec.ICT);
+    }
+
+    private long crc(RecordingEntry.Update update) {
+        return update.covering() == RecordingEntry.Covering.RECTANGLE
+                ? rectangleCrc(update.header())
+                : Recorder.crc(framebuffer);
+    }
+
+    private long rectangleCrc(UpdateHeader header) {
+        CRC32 crc = new CRC32();
+        ByteBuffer pixels = framebuffer.memory().get(0);
+        int columns = Math.min(header.width(), framebuffer.width() - header.x());
+        int bottom = Math.min(header.y() + header.height(), framebuffer.height());
+        for (int row = header.y(); columns > 0 && row < bottom; row++) {
+            int start = Integer.BYTES * (row * framebuffer.width() + header.x());
+            crc.update(pixels.slice(start, Integer.BYTES * columns));
+        }
+        return crc.getValue();
+    }
+}

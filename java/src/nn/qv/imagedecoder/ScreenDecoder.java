@@ -1,0 +1,394 @@
+package nn.qv.imagedecoder;
+
+import java.io.IOException;
+import java.io.InputStream;
+import java.lang.ref.Cleaner;
+import java.lang.ref.Reference;
+import java.nio.ByteBuffer;
+import java.nio.channels.IllegalBlockingModeException;
+import java.nio.channels.ReadableByteChannel;
+import java.nio.channels.SelectableChannel;
+import java.util.Objects;
+import nn.qv.imagedecoder.internal.BufferSource;
+import nn.qv.imagedecoder.internal.ByteSource;
+import nn.qv.imagedecoder.internal.ChannelSource;
+import nn.qv.imagedecoder.internal.KnownLengthSource;
+import nn.qv.imagedecoder.internal.MarkedStreamSource;
+import nn.qv.imagedecoder.internal.NativeCodec;
+import nn.qv.imagedecoder.internal.NativeObjects;
+import nn.qv.imagedecoder.internal.UpdateFeed;
+import nn.qv.imagedecoder.internal.UseGuard;
+
+/**
+ * Decodes the updates of one encoding on one connection, in the order in which they arrive, into a
+ * {@link Framebuffer}.
+ *
+ * <p><b>Bytes.</b> An update's bytes come from memory, a stream or a channel. Where the length of
+ * an update is not known beforehand, a decoder finds its end by decoding, and gives back what it
+ * has read too much: the buffer or stream stands exactly behind the update afterwards.
+ *
+ * <p><b>Failures.</b> The bytes come from a network and may be anything. An update that cannot be
+ * decoded throws an {@link UpdateException} and draws nothing; the decoder stays usable. What a
+ * source throws passes through. Wrong arguments of the viewer's own throw {@link
+ * IllegalArgumentException}.
+ *
+ * <p><b>Threads.</b> Any thread may call, one at a time; a second one gets a {@link
+ * DecoderInUseException}. {@link #statistics} and {@link #isClosed} may be called at any time.
+ *
+ * <p><b>Memory.</b> A decoder holds native memory and perhaps threads. {@link #close} gives them
+ * back; for a decoder that was forgotten, the garbage collector does so at some time.
+ *
+ * <p>The library's log lines go to the {@link System.Logger} named {@code nn.qv.imagedecoder}:
+ * failures as warnings, the rest for debugging. While a flight recording runs, each update is an
+ * event {@code nn.qv.imagedecoder.Update}.
+ *
+ * <pre>{@code
+ * Framebuffer screen = Framebuffer.argb(1024, 768);
+ * DecoderOptions options = DecoderOptions.builder(Codec.ICT)
+ *         .protocolVersion(ProtocolVersion.V2)
+ *         .threads(2)
+ *         .build();
+ * try (ScreenDecoder decoder = ScreenDecoder.open(options)) {
+ *     while (connection.readHeader()) {
+ *         ChangedRectangle changed =
+ *                 decoder.decode(connection.updateHeader(), connection.input(), screen);
+ *         screen.copyTo(image, changed);
+ *         panel.repaint(changed.x(), changed.y(), changed.width(), changed.height());
+ *     }
+ * }
+ * }</pre>
+ */
+public final class ScreenDecoder implements AutoCloseable {
+    private static final Cleaner CLEANER = Cleaner.create();
+
+    /** Finds or reads an update's bytes once the decoder is reserved for the call. */
+    private interface SourceOpener {
+        ByteSource open() throws IOException;
+    }
+
+    private final UseGuard guard = new UseGuard();
+    private final UpdateRun run;
+    private final Cleaner.Cleanable cleanable;
+
+    private ScreenDecoder(UpdateRun run, Runnable release) {
+        this.run = run;
+        cleanable = CLEANER.register(this, release);
+    }
+
+    /**
+     * Opens a decoder; loads the native library if need be.
+     *
+     * @param options what the connection has settled
+     * @return the decoder
+     * @throws IOException if memory or threads run out, or the recording cannot be begun
+     * @throws UnsatisfiedLinkError if the native library cannot be loaded; its message tells why
+     */
+    public static ScreenDecoder open(DecoderOptions options) throws IOException {
+        Objects.requireNonNull(options, "options");
+        NativeLoader.load();
+        Recorder recorder =
+                options.recording().isPresent()
+                        ? Recorder.create(options.recording().get(), options)
+                        : null;
+        try {
+            UpdateFeed feed = new UpdateFeed();
+            NativeObjects objects =
+                    NativeObjects.create(
+                            feed,
+                            NativeCodec.valueOf(options.codec().name()),
+                            options.threads(),
+                            options.protocolVersion().ordinal(),
+                            options.chromaSubsampling().ordinal());
+            UpdateRun run = new UpdateRun(options, feed, objects, recorder);
+            run.setContrast(options.contrast());
+            run.setPostprocessing(options.postprocessing());
+            return new ScreenDecoder(run, () -> release(objects, recorder));
+        } catch (IOException | RuntimeException | Error e) {
+            closeQuietly(recorder);
+            throw e;
+        }
+    }
+
+    /**
+     * Decodes an update that fills an array.
+     *
+     * @param header its rectangle and quality
+     * @param data its bytes; what may follow them is ignored
+     * @param framebuffer what to draw into
+     * @return what changed
+     * @throws UpdateException if the update cannot be decoded
+     * @throws IllegalArgumentException if the framebuffer is not one for this decoder
+     * @throws DecoderInUseException if another call is running
+     * @throws DecoderClosedException if the decoder is closed
+     */
+    public ChangedRectangle decode(UpdateHeader header, byte[] data, Framebuffer framebuffer)
+            throws UpdateException {
+        return decode(header, ByteBuffer.wrap(data), framebuffer);
+    }
+
+    /**
+     * Decodes an update from a buffer's position on. Afterwards the position stands behind the
+     * update, or where it was if that fails.
+     *
+     * @param header its rectangle and quality
+     * @param data its bytes and perhaps those of the next message
+     * @param framebuffer what to draw into
+     * @return what changed
+     * @throws UpdateException if the update cannot be decoded
+     * @throws IllegalArgumentException if the framebuffer is not one for this decoder
+     * @throws DecoderInUseException if another call is running
+     * @throws DecoderClosedException if the decoder is closed
+     */
+    public ChangedRectangle decode(UpdateHeader header, ByteBuffer data, Framebuffer framebuffer)
+            throws UpdateException {
+        Objects.requireNonNull(data, "data");
+        try {
+            return decode(header, framebuffer, () -> new BufferSource(data));
+        } catch (UpdateException e) {
+            throw e;
+        } catch (IOException e) {
+            throw new AssertionError("A buffer cannot fail to be read", e);
+        }
+    }
+
+    /**
+     * Decodes an update of unknown length from a stream. Afterwards the stream stands behind the
+     * update, or where it was if that fails. It must be able to go back to a mark: wrap the
+     * connection's stream into one {@link java.io.BufferedInputStream} and read everything from
+     * that. A mark of the viewer's own is lost.
+     *
+     * @param header its rectangle and quality
+     * @param in a stream that stands at the update's first byte
+     * @param framebuffer what to draw into
+     * @return what changed
+     * @throws UpdateException if the update cannot be decoded
+     * @throws IOException if the stream cannot be read
+     * @throws IllegalArgumentException if the stream supports no marks, or the framebuffer is not
+     *     one for this decoder
+     * @throws DecoderInUseException if another call is running
+     * @throws DecoderClosedException if the decoder is closed
+     */
+    public ChangedRectangle decode(UpdateHeader header, InputStream in, Framebuffer framebuffer)
+            throws IOException {
+        if (!in.markSupported()) {
+            throw new IllegalArgumentException(
+                    "An update of unknown length needs a stream that can give back what was read"
+                            + " too much: wrap the connection's stream into one"
+                            + " BufferedInputStream, or tell the length");
+        }
+        return decode(header, framebuffer, () -> new MarkedStreamSource(in));
+    }
+
+    /**
+     * Decodes an update of known length from a stream. Afterwards the stream stands behind the
+     * update, even if that fails.
+     *
+     * @param header its rectangle and quality
+     * @param in a stream that stands at the update's first byte
+     * @param length how many bytes the update has, at least 0
+     * @param framebuffer what to draw into
+     * @return what changed
+     * @throws UpdateException if the update cannot be decoded
+     * @throws IOException if the stream cannot be read or ends
+     * @throws IllegalArgumentException if the length is negative, or the framebuffer is not one for
+     *     this decoder
+     * @throws DecoderInUseException if another call is running
+     * @throws DecoderClosedException if the decoder is closed
+     */
+    public ChangedRectangle decode(
+            UpdateHeader header, InputStream in, int length, Framebuffer framebuffer)
+            throws IOException {
+        Objects.requireNonNull(in, "in");
+        checkLength(length);
+        return decode(header, framebuffer, () -> KnownLengthSource.of(in, length));
+    }
+
+    /**
+     * Decodes an update of known length from a channel. Afterwards the channel stands behind the
+     * update, even if that fails.
+     *
+     * @param header its rectangle and quality
+     * @param channel a channel in blocking mode that stands at the update's first byte
+     * @param length how many bytes the update has, at least 0
+     * @param framebuffer what to draw into
+     * @return what changed
+     * @throws UpdateException if the update cannot be decoded
+     * @throws IOException if the channel cannot be read or ends
+     * @throws IllegalBlockingModeException if the channel does not block
+     * @throws IllegalArgumentException if the length is negative, or the framebuffer is not one for
+     *     this decoder
+     * @throws DecoderInUseException if another call is running
+     * @throws DecoderClosedException if the decoder is closed
+     */
+    public ChangedRectangle decode(
+            UpdateHeader header, ReadableByteChannel channel, int length, Framebuffer framebuffer)
+            throws IOException {
+        checkBlocking(channel);
+        checkLength(length);
+        return decode(header, framebuffer, () -> KnownLengthSource.of(channel, length));
+    }
+
+    /**
+     * Decodes an update of unknown length from a channel by way of a buffer, which serves the whole
+     * connection: bytes between its position and limit have been read from the channel and not been
+     * used yet. Afterwards they are those behind the update. If that fails, what the update has
+     * taken is lost.
+     *
+     * @param header its rectangle and quality
+     * @param channel a channel in blocking mode
+     * @param buffer unused bytes, none in the beginning ({@code limit(0)}); it is filled from the
+     *     channel as needed, so its capacity (at least 32 bytes, better 65536) limits each read
+     * @param framebuffer what to draw into
+     * @return what changed
+     * @throws UpdateException if the update cannot be decoded
+     * @throws IOException if the channel cannot be read
+     * @throws IllegalBlockingModeException if the channel does not block
+     * @throws IllegalArgumentException if the buffer is too small or read-only, or the framebuffer
+     *     is not one for this decoder
+     * @throws DecoderInUseException if another call is running
+     * @throws DecoderClosedException if the decoder is closed
+     */
+    public ChangedRectangle decode(
+            UpdateHeader header,
+            ReadableByteChannel channel,
+            ByteBuffer buffer,
+            Framebuffer framebuffer)
+            throws IOException {
+        checkBlocking(channel);
+        if (buffer.isReadOnly() || buffer.capacity() < ChannelSource.LEAST_CAPACITY) {
+            throw new IllegalArgumentException(
+                    "The channel's buffer must be writable and have at least "
+                            + ChannelSource.LEAST_CAPACITY
+                            + " bytes");
+        }
+        return decode(header, framebuffer, () -> new ChannelSource(channel, buffer));
+    }
+
+    /**
+     * Changes the contrast stretch of later updates. Planes are not stretched.
+     *
+     * @param level 0 (off) to {@link DecoderOptions#MAX_CONTRAST}
+     * @throws IllegalArgumentException if the level is out of range
+     * @throws DecoderInUseException if another call is running
+     * @throws DecoderClosedException if the decoder is closed
+     */
+    public void setContrast(int level) {
+        DecoderOptions.checkContrast(level);
+        use(() -> run.setContrast(level));
+    }
+
+    /**
+     * Switches client post-processing of later updates. Planes are not processed.
+     *
+     * @param enabled whether it is on
+     * @throws DecoderInUseException if another call is running
+     * @throws DecoderClosedException if the decoder is closed
+     */
+    public void setPostprocessing(boolean enabled) {
+        use(() -> run.setPostprocessing(enabled));
+    }
+
+    /**
+     * Figures since the decoder was opened; they stay available when it is closed.
+     *
+     * @return the figures as they are now
+     */
+    public DecoderStatistics statistics() {
+        return run.statistics();
+    }
+
+    /**
+     * Whether the decoder is closed.
+     *
+     * @return true after {@link #close}
+     */
+    public boolean isClosed() {
+        return guard.isClosed();
+    }
+
+    /**
+     * Gives back the native memory and threads and ends the recording. Closing again does nothing.
+     *
+     * @throws DecoderInUseException if another call is running; the decoder stays open
+     */
+    @Override
+    public void close() {
+        if (guard.close() == UseGuard.State.IN_USE) {
+            throw inUse();
+        }
+        cleanable.clean();
+    }
+
+    /** What the native method returned for the last update. */
+    long lastResult() {
+        return run.lastResult();
+    }
+
+    private ChangedRectangle decode(
+            UpdateHeader header, Framebuffer framebuffer, SourceOpener opener)
+            throws IOException {
+        Objects.requireNonNull(header, "header");
+        run.checkFramebuffer(framebuffer);
+        enter();
+        try {
+            long start = System.nanoTime();
+            return run.decode(header, opener.open(), framebuffer, start);
+        } finally {
+            leave();
+        }
+    }
+
+    private void use(Runnable call) {
+        enter();
+        try {
+            call.run();
+        } finally {
+            leave();
+        }
+    }
+
+    private void enter() {
+        switch (guard.enter()) {
+            case CLOSED -> throw new DecoderClosedException("The decoder is closed");
+            case IN_USE -> throw inUse();
+            default -> {}
+        }
+    }
+
+    private void leave() {
+        guard.leave();
+        Reference.reachabilityFence(this);
+    }
+
+    private DecoderInUseException inUse() {
+        return new DecoderInUseException(
+                "The decoder is in use by "
+                        + guard.describeUser()
+                        + "; it serves one call at a time, and close() waits for none: let the"
+                        + " thread that decodes also close");
+    }
+
+    private static void release(NativeObjects objects, Recorder recorder) {
+        objects.run();
+        closeQuietly(recorder);
+    }
+
+    private static void closeQuietly(Recorder recorder) {
+        if (recorder != null) {
+            recorder.close();
+        }
+    }
+
+    private static void checkLength(int length) {
+        if (length < 0) {
+            throw new IllegalArgumentException("The length of an update is negative: " + length);
+        }
+    }
+
+    private static void checkBlocking(ReadableByteChannel channel) {
+        Objects.requireNonNull(channel, "channel");
+        if (channel instanceof SelectableChannel selectable && !selectable.isBlocking()) {
+            throw new IllegalBlockingModeException();
+        }
+    }
+}

@@ -1,0 +1,46 @@
+package nn.qv.tests;
+
+import java.util.ArrayList;
+import java.util.List;
+import java.util.logging.Handler;
+import java.util.logging.Level;
+import java.util.logging.LogRecord;
+import java.util.logging.Logger;
+
+/** Takes what the decoders log, instead of the console. */
+final class LogCapture extends Handler {
+    private static final Logger LOGGER = Logger.getLogger("nn.qv.imagedecoder");
+
+    private final List<LogRecord> records = new ArrayList<>();
+
+    /** From now on, for the rest of the program. */
+    static LogCapture begin() {
+        LogCapture capture = new LogCapture();
+        LOGGER.setUseParentHandlers(false);
+        LOGGER.setLevel(Level.ALL);
+        LOGGER.addHandler(capture);
+        return capture;
+    }
+
+    /** The lines of one level since the last call, oldest first. */
+    synchronized List<String> take(Level level) {
+        List<String> lines =
+                records.stream()
+                        .filter(record -> record.getLevel().equals(level))
+                        .map(LogRecord::getMessage)
+                        .toList();
+        records.clear();
+        return lines;
+    }
+
+    @Override
+    public synchronized void publish(LogRecord record) {
+        records.add(record);
+    }
+
+    @Override
+    public void flush() {}
+
+    @Override
+    public void close() {}
+}

@@ -1,0 +1,324 @@
+package nn.qv.tests;
+
+import java.io.IOException;
+import java.io.InputStream;
+import java.nio.file.FileAlreadyExistsException;
+import java.nio.file.Files;
+import java.nio.file.Path;
+import java.util.ArrayList;
+import java.util.Arrays;
+import java.util.HexFormat;
+import java.util.List;
+import nn.qv.imagedecoder.Codec;
+import nn.qv.imagedecoder.Framebuffer;
+import nn.qv.imagedecoder.Recording;
+import nn.qv.imagedecoder.RecordingEntry;
+import nn.qv.imagedecoder.RecordingPlayer;
+import nn.qv.imagedecoder.ScreenDecoder;
+import nn.qv.imagedecoder.UpdateException;
+import nn.qv.imagedecoder.UpdateHeader;
+import nn.qv.imagedecoder.internal.RecordingFormat;
+
+/**
+ * A connection is recorded by one line and plays again to the same pictures. Argument: the folder
+ * of the case files.
+ */
+final class RecordingTest {
+    /** The example of docs/recording.md: one update that says that nothing changed. */
+    private static final String EXAMPLE =
+            "52435245430d0a1a0100280000020001100010000000000000401e1824"
+                    + "0a06000200000059d48d8a5243520127000000240001010a00000000000000"
+                    + "10001000c40900000000000000000000000000002eafb5efffffc068a774ff"
+                    + "524352801c000000010000002800000000000000c4090000000000005b0000"
+                    + "0000000000cadc69de";
+
+    private final TestRun run = new TestRun();
+    private final List<CaseFile> lives;
+
+    private RecordingTest(List<CaseFile> lives) {
+        this.lives = lives;
+    }
+
+    public static void main(String[] arguments) throws IOException {
+        LogCapture.begin();
+        RecordingTest tests =
+                new RecordingTest(
+                        CaseFile.loadAll(Path.of(arguments[0])).stream()
+                                .filter(ViewerCasesTest::fitsViewer)
+                                .toList());
+        tests.recording();
+        tests.changes();
+        tests.reading();
+        tests.run.finish();
+    }
+
+    private interface Body {
+        void run(Path file) throws Exception;
+    }
+
+    private void test(String sentence, Body body) {
+        run.test(
+                sentence,
+                () -> {
+                    try (Scratch scratch = Scratch.make()) {
+                        body.run(scratch.resolve("connection.rcrec"));
+                    }
+                });
+    }
+
+    private void recording() {
+        test(
+                "every case file's life, recorded while it is decoded, plays again without a"
+                        + " difference",
+                file -> {
+                    for (CaseFile life : lives) {
+                        Files.deleteIfExists(file);
+                        record(life, file);
+                        expectPlays(life, file);
+                    }
+                });
+        test(
+                "a decoder without updates leaves no file behind",
+                file -> {
+                    ScreenDecoder.open(first().options().forViewer().record(file).build()).close();
+                    TestRun.expect(Files.notExists(file), "there is a file");
+                });
+        test(
+                "a file that exists is not overwritten",
+                file -> {
+                    Files.createFile(file);
+                    TestRun.expectThrown(
+                            FileAlreadyExistsException.class,
+                            () ->
+                                    ScreenDecoder.open(
+                                            first().options().forViewer().record(file).build()));
+                });
+        test(
+                "a recording can be played while it grows",
+                file -> {
+                    CaseFile life = first();
+                    try (ScreenDecoder decoder = open(life, file)) {
+                        decode(life, decoder, framebuffer(life), 0);
+                        try (RecordingPlayer player = RecordingPlayer.open(file, 0)) {
+                            TestRun.expect(player.step() && !player.step(), "not one update");
+                            TestRun.expectEqual(0L, player.differing(), "differences");
+                        }
+                    }
+                });
+    }
+
+    private CaseFile first() {
+        return lives.get(0);
+    }
+
+    private static ScreenDecoder open(CaseFile life, Path file) throws IOException {
+        return ScreenDecoder.open(
+                life.options()
+                        .forViewer()
+                        .contrast(life.contrast())
+                        .postprocessing(life.postprocessing())
+                        .record(file)
+                        .build());
+    }
+
+    private static Framebuffer framebuffer(CaseFile life) {
+        return ViewerCasesTest.framebuffer(life);
+    }
+
+    private static void record(CaseFile life, Path file) throws IOException {
+        Framebuffer framebuffer = framebuffer(life);
+        try (ScreenDecoder decoder = open(life, file)) {
+            for (int i = 0; i < life.steps().size(); i++) {
+                decode(life, decoder, framebuffer, i);
+            }
+        }
+    }
+
+    private static void decode(
+            CaseFile life, ScreenDecoder decoder, Framebuffer framebuffer, int step)
+            throws IOException {
+        Update update = life.steps().get(step).update();
+        try (InputStream in = new PieceStream(update.data(), 0, 100)) {
+            decoder.decode(update.header(), in, framebuffer);
+        } catch (UpdateException e) {
+            TestRun.expectEqual(-1L, life.steps().get(step).result(), e.getMessage());
+        }
+    }
+
+    private static void expectPlays(CaseFile life, Path file) throws IOException {
+        try (RecordingPlayer player = RecordingPlayer.open(file, 0)) {
+            for (CaseFile.Step step : life.steps()) {
+                TestRun.expect(player.step(), life.name() + ": an update is missing");
+                TestRun.expectEqual("", player.difference(), life.name() + ": difference");
+                TestRun.expectEqual(
+                        (int) step.crc(), player.lastUpdate().pictureCrc(), life.name() + ": CRC");
+                TestRun.expectEqual(
+                        step.result(), player.lastUpdate().result(), life.name() + ": result");
+                if (life.pieceSize() == 0 && step.consumedBytes() != -1) {
+                    TestRun.expectEqual(
+                            step.consumedBytes(),
+                            player.lastUpdate().payload().length,
+                            life.name() + ": payload");
+                }
+            }
+            TestRun.expect(!player.step(), life.name() + ": too many updates");
+            TestRun.expectEqual(
+                    Recording.Ending.COMPLETE, player.recording().ending(), "ending");
+            TestRun.expectEqual(
+                    (long) life.steps().size(), player.checksums(), life.name() + ": checksums");
+        }
+    }
+
+    private void changes() {
+        test(
+                "what others have drawn before and meanwhile is part of the recording",
+                file -> {
+                    CaseFile life = first();
+                    Framebuffer framebuffer = framebuffer(life);
+                    framebuffer.pixels().put(0, 0x12345678);
+                    try (ScreenDecoder decoder = open(life, file)) {
+                        decode(life, decoder, framebuffer, 0);
+                        framebuffer.pixels().put(1, 0x87654321);
+                        decode(life, decoder, framebuffer, 0);
+                    }
+                    TestRun.expectEqual(
+                            "[Picture, Update, Picture, Update]", kinds(file), "entries");
+                    expectSame(file, framebuffer);
+                });
+        test(
+                "contrast, post-processing and another framebuffer are part of the recording",
+                file -> {
+                    CaseFile life = first();
+                    Framebuffer larger = Framebuffer.argb(life.width() + 16, life.height());
+                    try (ScreenDecoder decoder = open(life, file)) {
+                        decode(life, decoder, framebuffer(life), 0);
+                        decoder.setContrast(60);
+                        decoder.setPostprocessing(true);
+                        decode(life, decoder, framebuffer(life), 0);
+                        decode(life, decoder, larger, 0);
+                    }
+                    TestRun.expectEqual(
+                            "[Update, Settings, Picture, Update, Settings, Update]",
+                            kinds(file),
+                            "entries");
+                    expectSame(file, larger);
+                });
+        test(
+                "a refused update leaves a note, and a failed one its bytes",
+                file -> {
+                    CaseFile life = first();
+                    Framebuffer framebuffer = framebuffer(life);
+                    try (ScreenDecoder decoder = open(life, file)) {
+                        decode(life, decoder, framebuffer, 0);
+                        for (UpdateHeader header :
+                                List.of(
+                                        new UpdateHeader(60000, 0, 16, 16, 7),
+                                        new UpdateHeader(0, 0, 16, 16, 7))) {
+                            TestRun.expectThrown(
+                                    UpdateException.class,
+                                    () -> decoder.decode(header, new byte[1], framebuffer));
+                        }
+                    }
+                    TestRun.expectEqual("[Update, Note, Update]", kinds(file), "entries");
+                    expectSame(file, framebuffer);
+                });
+    }
+
+    private static String kinds(Path file) throws IOException {
+        List<String> kinds = new ArrayList<>();
+        try (Recording recording = Recording.open(file)) {
+            for (RecordingEntry e = recording.next(); e != null; e = recording.next()) {
+                kinds.add(e.getClass().getSimpleName());
+            }
+        }
+        return kinds.toString();
+    }
+
+    private static void expectSame(Path file, Framebuffer framebuffer) throws Exception {
+        try (RecordingPlayer player = RecordingPlayer.open(file, 0)) {
+            TestRun.expect(player.play(false), player.difference());
+            TestRun.expectEqual(framebuffer.pixels(), player.framebuffer().pixels(), "pixels");
+        }
+    }
+
+    private void reading() {
+        test(
+                "the documented example is understood",
+                file -> {
+                    Files.write(file, example());
+                    try (RecordingPlayer player = RecordingPlayer.open(file, 0)) {
+                        TestRun.expectEqual(Codec.ICT, player.recording().codec(), "codec");
+                        TestRun.expect(player.step() && !player.step(), "not one update");
+                        TestRun.expectEqual("", player.difference(), "difference");
+                        TestRun.expectEqual(2500L, player.lastUpdate().timeMicros(), "time");
+                        TestRun.expectEqual(1L, player.checksums(), "checksums");
+                    }
+                });
+        test(
+                "a recording cut anywhere gives its whole entries and says that it was cut",
+                file -> {
+                    byte[] whole = example();
+                    int header = 40;
+                    int update = header + 51;
+                    for (int size = 0; size < whole.length; size++) {
+                        Files.write(file, Arrays.copyOf(whole, size));
+                        if (size < header) {
+                            TestRun.expectThrown(IOException.class, () -> kinds(file));
+                            continue;
+                        }
+                        try (Recording recording = Recording.open(file)) {
+                            boolean found = recording.next() != null;
+                            TestRun.expectEqual(size >= update, found, "update of " + size);
+                            TestRun.expect(recording.next() == null, "too many entries");
+                            boolean atEdge = size == header || size == update;
+                            TestRun.expectEqual(
+                                    atEdge ? Recording.Ending.COMPLETE : Recording.Ending.CUT,
+                                    recording.ending(),
+                                    "ending at " + size);
+                        }
+                    }
+                });
+        test(
+                "a wrong bit anywhere is noticed",
+                file -> {
+                    byte[] whole = example();
+                    for (int bit = 0; bit < 8 * whole.length; bit++) {
+                        byte[] spoiled = whole.clone();
+                        Bits.flip(spoiled, bit);
+                        Files.write(file, spoiled);
+                        expectNotComplete(file, bit);
+                    }
+                });
+        test(
+                "a difference is told",
+                file -> {
+                    byte[] other = example();
+                    Bits.flip(other, 8 * (40 + 8 + 32));
+                    int crc = RecordingFormat.crc(Arrays.copyOfRange(other, 40, 87), 47);
+                    for (int i = 0; i < 4; i++) {
+                        other[87 + i] = (byte) (crc >> 8 * i);
+                    }
+                    Files.write(file, other);
+                    try (RecordingPlayer player = RecordingPlayer.open(file, 0)) {
+                        TestRun.expect(!player.play(false), "no difference");
+                        TestRun.expectEqual(1L, player.differing(), "differences");
+                    }
+                });
+    }
+
+    private static void expectNotComplete(Path file, int bit) throws IOException {
+        try (Recording recording = Recording.open(file)) {
+            while (recording.next() != null) {
+                // What comes before the wrong bit is still good.
+            }
+            TestRun.expect(
+                    recording.ending() != Recording.Ending.COMPLETE, "bit " + bit + " passed");
+        } catch (IOException e) {
+            TestRun.expect(bit < 8 * 40, "bit " + bit + ": " + e);
+        }
+    }
+
+    private static byte[] example() {
+        return HexFormat.of().parseHex(EXAMPLE);
+    }
+}

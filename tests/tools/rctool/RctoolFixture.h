@@ -1,0 +1,90 @@
+#pragma once
+
+#include "tests/tools/Screens.h"
+#include "tests/tools/rctool/ProgramRun.h"
+#include "tools/recording/RecordingReader.h"
+#include "tools/recording/RecordingWriter.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace Vostrel::rctool {
+
+using namespace recording;
+using streamencoder::Picture;
+using streamencoder::Screen;
+
+inline std::string ScreenPath(const std::string& name) {
+    return std::string(TEST_DATA_DIR) + "/screens/" + name + ".png";
+}
+
+inline const std::string Frames =
+    ScreenPath("firmware-800x600-00") + " " + ScreenPath("firmware-800x600-01");
+
+inline std::vector<uint8_t> ReadBytes(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), {}};
+}
+
+inline void WriteBytes(const std::string& path, const std::vector<uint8_t>& bytes) {
+    std::ofstream out(path, std::ios::binary);
+    out.write(reinterpret_cast<const char*>(bytes.data()),
+              static_cast<std::streamsize>(bytes.size()));
+}
+
+inline std::vector<RecordedUpdate> ReadUpdates(const std::string& path) {
+    RecordingReader reader(path);
+    std::vector<RecordedUpdate> updates;
+    while (auto record = reader.Next())
+        updates.push_back(std::get<RecordedUpdate>(*record));
+    return updates;
+}
+
+/// Runs the program in a folder of the test's own.
+class Rctool : public testing::Test {
+protected:
+    Rctool()
+        : m_folder(testing::TempDir() + "RctoolTest-" +
+                   testing::UnitTest::GetInstance()->current_test_info()->name()) {
+        std::filesystem::create_directories(m_folder);
+    }
+    ~Rctool() override { std::filesystem::remove_all(m_folder); }
+
+    std::string In(const std::string& name) const { return m_folder + "/" + name; }
+
+    /// A recording of two frames.
+    std::string Recorded(const std::string& options) const {
+        const std::string path = In("recorded.rcrec");
+        const ProgramRun run =
+            RunRctool("encode --quiet " + options + " -o " + path + " " + Frames);
+        EXPECT_EQ(run.m_iExitCode, 0) << run.m_output;
+        return path;
+    }
+
+    /// A recording of one update of version 1, 4:2:0, for a screen of 32x16 pixels.
+    std::string RecordedBits(const EncodedUpdate& encoded,
+                             std::optional<uint64_t> result = {}) const {
+        Header header;
+        header.m_uiProtocolVersion = 1;
+        header.m_layout = RecordLayout::Continuous;
+        header.m_settings.m_uiWidth = 32;
+        header.m_settings.m_uiHeight = 16;
+        RecordingWriter writer(In("bits.rcrec"), header);
+        RecordedUpdate update;
+        update.m_encoded = encoded;
+        update.m_result = result;
+        writer.Write(update);
+        writer.Close();
+        return In("bits.rcrec");
+    }
+
+    std::string m_folder;
+};
+
+} // namespace Vostrel::rctool

@@ -1,0 +1,154 @@
+#include "tests/tools/rctool/RctoolFixture.h"
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+
+namespace Vostrel::rctool {
+namespace {
+
+using Json = nlohmann::json;
+
+TEST_F(Rctool, InfoAccountsForEveryBitAndBlock) {
+    for (const std::string options :
+         {"--codec ict", "--codec lbe --chroma 422", "--protocol 0 --chroma 444"}) {
+        const std::string path = Recorded(options);
+        const auto updates = ReadUpdates(path);
+        const size_t bytes =
+            updates[0].m_encoded.m_vuiPayload.size() + updates[1].m_encoded.m_vuiPayload.size();
+        const auto info = Json::parse(RunRctool("info --json " + path).m_output);
+        EXPECT_EQ(info["width"], 800);
+        EXPECT_EQ(info["height"], 600);
+        EXPECT_EQ(info["updates"], 2);
+        EXPECT_EQ(info["payloadBytes"], bytes);
+        EXPECT_EQ(info["macroblocks"], 2 * 50 * 38);
+        EXPECT_EQ(info["indexed"], true);
+        size_t bits = 0;
+        for (const auto& use : info["bits"])
+            bits += use.get<size_t>();
+        EXPECT_EQ(bits, 8 * bytes);
+        size_t symbolBits = 0;
+        for (const auto& symbol : info["symbols"])
+            symbolBits += symbol["bits"].get<size_t>();
+        EXPECT_EQ(symbolBits, bits - info["bits"]["skipCodes"].get<size_t>() -
+                                  info["bits"]["lengths"].get<size_t>() -
+                                  info["bits"]["filling"].get<size_t>());
+        // Blocks of the second frame that equal the first, of 50 x 38 with the last row cut.
+        const Picture first = Screen("firmware-800x600-00");
+        const Picture second = Screen("firmware-800x600-01");
+        size_t same = 0;
+        for (size_t top = 0; top < 600; top += 16) {
+            for (size_t left = 0; left < 800; left += 16) {
+                const size_t height = std::min<size_t>(16, 600 - top);
+                same += streamencoder::Crop(first, left, top, 16, height).m_vPixels ==
+                        streamencoder::Crop(second, left, top, 16, height).m_vPixels;
+            }
+        }
+        EXPECT_EQ(info["skippedMacroblocks"], same);
+        EXPECT_EQ(info["codedMacroblocks"], 2 * 50 * 38 - same);
+    }
+    const ProgramRun text = RunRctool("info " + Recorded("--quality 3"));
+    EXPECT_NE(text.m_output.find("800 x 600, argb"), std::string::npos);
+    EXPECT_NE(text.m_output.find("3 (2 updates)"), std::string::npos);
+}
+
+TEST_F(Rctool, InspectTellsConsecutiveMacroblocksThatFillThePayload) {
+    const std::string path = Recorded("--chroma 422");
+    const auto update = ReadUpdates(path).at(1);
+    const auto json = Json::parse(RunRctool("inspect --json --update 1 " + path).m_output);
+    EXPECT_EQ(json["payloadBytes"], update.m_encoded.m_vuiPayload.size());
+    size_t next = 0;
+    for (const auto& block : json["macroblocks"]) {
+        EXPECT_EQ(block["bit"], next);
+        next += block["bits"].get<size_t>();
+        ASSERT_EQ(block["tiles"].size(), 8U);
+        size_t tile = block["data"]["bit"];
+        for (const auto& seen : block["tiles"]) {
+            EXPECT_EQ(seen["bit"], tile);
+            tile += seen["bits"].get<size_t>();
+        }
+    }
+    EXPECT_EQ(json["end"]["skip"]["bit"], next);
+    EXPECT_EQ(json["end"]["coded"], json["macroblocks"].size());
+    EXPECT_EQ((json["end"]["bits"].get<size_t>() + 7) / 8, update.m_encoded.m_vuiPayload.size());
+}
+
+TEST_F(Rctool, InspectNamesTheBitOfAPlantedFault) {
+    // Skip 0, then a Y tile of 6 bits, then the abort marker at bit 7.
+    const EncodedUpdate aborts{10, {0, 0, 32, 16}, {0x15, 0xFF, 0x80, 0}};
+    const std::string path = RecordedBits(aborts);
+    const ProgramRun json = RunRctool("inspect --json --symbols " + path);
+    EXPECT_EQ(json.m_iExitCode, 3);
+    const auto fault = Json::parse(json.m_output)["fault"];
+    EXPECT_EQ(fault["bit"], 7);
+    EXPECT_EQ(fault["macroblock"], 0);
+    EXPECT_EQ(fault["tile"], 1);
+    EXPECT_EQ(fault["expected"], "a DC code of size 0 to 11");
+    EXPECT_EQ(fault["failure"], "StreamError");
+    const ProgramRun text = RunRctool("inspect --symbols " + path);
+    EXPECT_EQ(text.m_iExitCode, 3);
+    EXPECT_NE(text.m_output.find("fault at bit 7 (byte 0, bit 7 of it), macroblock 0, tile 1"),
+              std::string::npos)
+        << text.m_output;
+    EXPECT_NE(text.m_output.find("dc 0 = 0"), std::string::npos);
+}
+
+TEST_F(Rctool, InspectShowsOneMacroblockWithItsSymbols) {
+    const std::string path = Recorded("--codec lbe --protocol 1");
+    const auto json =
+        Json::parse(RunRctool("inspect --json --symbols --macroblock 7 " + path).m_output);
+    ASSERT_EQ(json["macroblocks"].size(), 1U);
+    const auto& block = json["macroblocks"][0];
+    EXPECT_EQ(block["macroblock"], 7);
+    EXPECT_EQ(block["left"], 112);
+    EXPECT_EQ(block["top"], 0);
+    ASSERT_EQ(block["tiles"].size(), 2U);
+    size_t samples = 0;
+    for (const auto& symbol : block["tiles"][0]["symbols"]) {
+        EXPECT_EQ(symbol["position"], samples);
+        const std::string name = symbol["symbol"];
+        samples += name == "literal" ? 1 : std::stoul(name.substr(name.find(' ') + 1));
+    }
+    EXPECT_EQ(samples, 256U);
+}
+
+TEST_F(Rctool, HeatmapColoursTheBlocksThatWereCoded) {
+    const std::string path = Recorded("--codec ict");
+    const ProgramRun run =
+        RunRctool("heatmap --update 1 --show changes -o " + In("x.png") + " " + path);
+    EXPECT_EQ(run.m_iExitCode, 0);
+    EXPECT_EQ(run.m_output, "the most: 1 times\n");
+    const Picture map = streamencoder::ReadPng(In("x.png"));
+    const auto json = Json::parse(RunRctool("inspect --json --update 1 " + path).m_output);
+    std::vector<bool> coded(50 * 38);
+    for (const auto& block : json["macroblocks"])
+        coded[block["macroblock"].get<size_t>()] = true;
+    ASSERT_TRUE(std::count(coded.begin(), coded.end(), false) > 0);
+    for (size_t i = 0; i < coded.size(); ++i) {
+        // Off its corners a block is either grey, or framed white or red over grey.
+        const auto& pixel = map.At(16 * (i % 50) + 8, 16 * (i / 50) + 7);
+        const bool grey = pixel[0] == pixel[1] && pixel[1] == pixel[2];
+        EXPECT_EQ(grey, !coded[i]) << i;
+    }
+    EXPECT_EQ(RunRctool("heatmap --quiet -o " + In("y.png") + " " + path).m_output, "");
+    EXPECT_EQ(streamencoder::ReadPng(In("y.png")).m_uiWidth, 800U);
+}
+
+TEST_F(Rctool, BenchMeasuresAllCodedMacroblocks) {
+    const std::string path = Recorded("--layout inplace");
+    const auto bench = Json::parse(
+        RunRctool("bench --json --passes 3 --threads 0 --kernels sse2 " + path).m_output);
+    const auto info = Json::parse(RunRctool("info --json " + path).m_output);
+    EXPECT_EQ(bench["codedMacroblocks"], info["codedMacroblocks"]);
+    EXPECT_EQ(bench["passes"], 3);
+    EXPECT_EQ(bench["threads"], 0);
+    EXPECT_EQ(bench["kernels"], "sse2");
+    EXPECT_GT(bench["wallNs"], 0);
+    const double pixels = 2 * 800 * 608;
+    EXPECT_NEAR(bench["megapixelsPerSecond"].get<double>() * bench["wallNs"].get<double>(),
+                1e3 * pixels, 1);
+    EXPECT_EQ(RunRctool("bench --passes 1 " + path).m_iExitCode, 0);
+}
+
+} // namespace
+} // namespace Vostrel::rctool

@@ -1,0 +1,159 @@
+#include "tests/model/CaseFile.h"
+#include "tests/tools/rctool/RctoolFixture.h"
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <sstream>
+
+namespace Vostrel::rctool {
+namespace {
+
+using Json = nlohmann::json;
+
+TEST_F(Rctool, HelpFitsAScreen) {
+    for (const std::string command :
+         {"", "encode ", "decode ", "info ", "inspect ", "heatmap ", "bench "}) {
+        const ProgramRun run = RunRctool(command + "--help");
+        EXPECT_EQ(run.m_iExitCode, 0);
+        std::istringstream lines(run.m_output);
+        size_t count = 0;
+        for (std::string line; std::getline(lines, line); ++count)
+            EXPECT_LE(line.size(), 80U) << line;
+        EXPECT_LE(count, 24U) << command;
+        EXPECT_GT(count, 5U) << command;
+    }
+}
+
+TEST_F(Rctool, TellsItsVersion) {
+    EXPECT_EQ(RunRctool("--version").m_output, "rctool " PROJECT_VERSION_TEXT "\n");
+}
+
+TEST_F(Rctool, WrongUsageIsExitCode1) {
+    const std::string frame = ScreenPath("console-720x400-00");
+    const std::string path = Recorded("--layout continuous");
+    for (const std::string& arguments :
+         {std::string(),
+          std::string("unknown"),
+          std::string("encode -o x.rcrec"),
+          "encode " + frame,
+          "encode " + frame + " -o x.rcrec --protocol 3",
+          "encode " + frame + " -o x.rcrec --quality 16",
+          "encode " + frame + " -o x.rcrec --codec lbe --quality 12",
+          "encode " + frame + " -o x.rcrec --codec jpeg",
+          "encode " + frame + " -o x.rcrec --chroma 411",
+          "encode " + frame + " -o x.rcrec --layout none",
+          "encode " + frame + " -o x.rcrec --fps 0",
+          "decode " + path + " --threads 2",
+          "decode " + path + " --threads 65",
+          "decode " + path + " --kernels mmx",
+          "decode " + path + " --format gif",
+          "decode " + path + " --all",
+          "decode " + path + " --verify --kernels portable",
+          "decode " + path + " --verify --format planes -o " + In("x"),
+          "inspect " + path + " --update 2",
+          "heatmap " + path + " -o x.png --update 2",
+          "bench " + path + " --passes 0",
+          "info " + path + " --unknown"}) {
+        const ProgramRun run = RunRctool(arguments);
+        EXPECT_EQ(run.m_iExitCode, 1) << arguments;
+        EXPECT_EQ(run.m_output.find("rctool: "), 0U) << arguments << '\n' << run.m_output;
+    }
+}
+
+TEST_F(Rctool, FailingFilesAreExitCode2AndNamed) {
+    const std::string frame = ScreenPath("console-720x400-00");
+    const std::string missing = In("missing");
+    const std::string noRecording = frame;
+    for (const std::string& arguments :
+         {"encode " + missing + " -o " + In("x.rcrec"), "decode " + missing, "info " + missing,
+          "inspect " + missing, "heatmap -o " + In("x.png") + " " + missing, "bench " + missing}) {
+        const ProgramRun run = RunRctool(arguments);
+        EXPECT_EQ(run.m_iExitCode, 2) << arguments;
+        EXPECT_NE(run.m_output.find(missing + ": No such file"), std::string::npos) << run.m_output;
+    }
+    EXPECT_EQ(RunRctool("info " + noRecording).m_output,
+              "rctool: " + noRecording + ": This is no recording\n");
+    EXPECT_EQ(RunRctool("encode " + frame + " -o " + In("no/such/x.rcrec")).m_iExitCode, 2);
+    EXPECT_EQ(RunRctool("encode " + frame + " -o /dev/full").m_iExitCode, 2);
+    const ProgramRun mixed = RunRctool("encode " + frame + " " + ScreenPath("firmware-800x600-00") +
+                                       " -o " + In("x.rcrec"));
+    EXPECT_EQ(mixed.m_iExitCode, 2);
+    EXPECT_NE(mixed.m_output.find("firmware-800x600-00.png: Successive pictures"),
+              std::string::npos);
+    const std::string path = Recorded("");
+    for (const std::string format : {"png", "ppm", "argb"})
+        EXPECT_EQ(
+            RunRctool("decode " + path + " --format " + format + " -o " + In("no/x")).m_iExitCode,
+            2);
+    EXPECT_EQ(RunRctool("decode " + path + " --frametimes " + In("no/x")).m_iExitCode, 2);
+    EXPECT_EQ(RunRctool("info " + path + " > /dev/full", "").m_iExitCode, 2);
+}
+
+TEST_F(Rctool, PrintsALineForEveryFrameUnlessQuiet) {
+    const std::string rest = "-o " + In("x.rcrec") + " " + Frames;
+    const ProgramRun loud = RunRctool("encode " + rest);
+    EXPECT_EQ(std::count(loud.m_output.begin(), loud.m_output.end(), '\n'), 2);
+    EXPECT_EQ(RunRctool("encode --quiet " + rest).m_output, "");
+    EXPECT_EQ(RunRctool("decode --quiet --verify " + In("x.rcrec")).m_output, "");
+}
+
+TEST_F(Rctool, AFlippedBitInAPayloadIsNoticedByTheRecordsChecksum) {
+    const std::string path = Recorded("--codec lbe");
+    auto bytes = ReadBytes(path);
+    bytes[bytes.size() / 2] ^= 1;
+    WriteBytes(path, bytes);
+    for (const std::string command : {"info ", "decode --verify "}) {
+        const ProgramRun run = RunRctool(command + path);
+        EXPECT_NE(run.m_iExitCode, 0);
+        EXPECT_NE(run.m_output.find("checksum is wrong"), std::string::npos) << run.m_output;
+    }
+}
+
+TEST_F(Rctool, ACutRecordingIsDoneUpToTheCutAndExitCode5) {
+    const std::string path = Recorded("--codec lbe");
+    RecordingReader reader(path);
+    const auto second = reader.FindUpdates().at(1).m_uiOffset;
+    auto bytes = ReadBytes(path);
+    bytes.resize(second + 100);
+    WriteBytes(In("cut.rcrec"), bytes);
+    const ProgramRun run =
+        RunRctool("decode --verify --format argb -o " + In("x") + " " + In("cut.rcrec"));
+    EXPECT_EQ(run.m_iExitCode, 5);
+    EXPECT_NE(run.m_output.find("cut in the record at byte " + std::to_string(second)),
+              std::string::npos);
+    EXPECT_EQ(model::Crc32(ReadBytes(In("x"))), ReadUpdates(path).at(0).m_uiPictureCrc);
+    const auto info = Json::parse(RunRctoolQuietly("info --json " + In("cut.rcrec")).m_output);
+    EXPECT_EQ(info["updates"], 1);
+    EXPECT_EQ(info["end"], "cut");
+    EXPECT_EQ(info["endOffset"], second);
+    for (const std::string& command :
+         {std::string("info "), std::string("bench --passes 1 "), "heatmap -o " + In("x.png ")})
+        EXPECT_EQ(RunRctool(command + In("cut.rcrec")).m_iExitCode, 5);
+    EXPECT_EQ(RunRctool("inspect " + In("cut.rcrec")).m_iExitCode, 0);
+    EXPECT_EQ(RunRctool("inspect --update 1 " + In("cut.rcrec")).m_iExitCode, 1);
+}
+
+TEST_F(Rctool, AnUpdateThatFailsIsExitCode3UnlessItFailedWhenRecorded) {
+    const EncodedUpdate aborts{10, {0, 0, 16, 16}, {0x7F, 0xC0, 0, 0}};
+    const std::string surprising = RecordedBits(aborts, 0);
+    for (const std::string command : {"decode ", "info ", "bench --passes 1 "})
+        EXPECT_EQ(RunRctool(command + surprising).m_iExitCode, 3) << command;
+    const std::string expected = RecordedBits(aborts, FailedResult);
+    EXPECT_EQ(RunRctool("decode --verify " + expected).m_iExitCode, 0);
+    EXPECT_NE(RunRctool("decode " + expected).m_output.find("update 0: StreamError, as when"),
+              std::string::npos);
+    EXPECT_EQ(RunRctool("info " + expected).m_iExitCode, 0);
+}
+
+TEST_F(Rctool, TheManualPageTellsOfEveryCommandAndOption) {
+    std::ifstream in(RCTOOL_MANUAL_PATH);
+    const std::string page{std::istreambuf_iterator<char>(in), {}};
+    for (const std::string text :
+         {".TH RCTOOL 1", ".SS encode", ".SS decode", ".SS info", ".SS inspect", ".SS heatmap",
+          ".SS bench", "\\-\\-frametimes", "\\-\\-kernels", ".SH EXIT STATUS"})
+        EXPECT_NE(page.find(text), std::string::npos) << text;
+}
+
+} // namespace
+} // namespace Vostrel::rctool

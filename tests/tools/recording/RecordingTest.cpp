@@ -1,0 +1,325 @@
+#include "tests/model/CaseFile.h"
+#include "tools/recording/RecordingReader.h"
+#include "tools/recording/RecordingWriter.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <fstream>
+#include <sstream>
+
+namespace Vostrel::recording {
+namespace {
+
+using Bytes = std::vector<uint8_t>;
+
+// The example of docs/recording.md.
+const Bytes ExampleHeader{0x52, 0x43, 0x52, 0x45, 0x43, 0x0d, 0x0a, 0x1a, 0x01, 0x00,
+                          0x28, 0x00, 0x00, 0x02, 0x00, 0x01, 0x10, 0x00, 0x10, 0x00,
+                          0x00, 0x00, 0x00, 0x00, 0x00, 0x40, 0x1e, 0x18, 0x24, 0x0a,
+                          0x06, 0x00, 0x02, 0x00, 0x00, 0x00, 0x59, 0xd4, 0x8d, 0x8a};
+const Bytes ExampleUpdate{0x52, 0x43, 0x52, 0x01, 0x27, 0x00, 0x00, 0x00, 0x24, 0x00, 0x01,
+                          0x01, 0x0a, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x10, 0x00,
+                          0x10, 0x00, 0xc4, 0x09, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00,
+                          0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x2e, 0xaf, 0xb5, 0xef,
+                          0xff, 0xff, 0xc0, 0x68, 0xa7, 0x74, 0xff};
+const Bytes ExampleIndex{0x52, 0x43, 0x52, 0x80, 0x1c, 0x00, 0x00, 0x00, 0x01, 0x00,
+                         0x00, 0x00, 0x28, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00,
+                         0xc4, 0x09, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x5b, 0x00,
+                         0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0xca, 0xdc, 0x69, 0xde};
+
+Bytes operator+(Bytes a, const Bytes& b) {
+    a.insert(a.end(), b.begin(), b.end());
+    return a;
+}
+
+/// Bytes of a part of a file with its CRC behind them, by the tests' own CRC.
+Bytes WithCrc(Bytes bytes) {
+    const uint32_t crc = model::Crc32(bytes);
+    for (unsigned shift = 0; shift < 32; shift += 8)
+        bytes.push_back(static_cast<uint8_t>(crc >> shift));
+    return bytes;
+}
+
+Bytes RecordOf(uint8_t type, const Bytes& body) {
+    return WithCrc(Bytes{'R', 'C', 'R', type, static_cast<uint8_t>(body.size()), 0, 0, 0} + body);
+}
+
+RecordingReader ReaderOf(const Bytes& bytes) {
+    return RecordingReader(
+        std::make_unique<std::istringstream>(std::string(bytes.begin(), bytes.end())));
+}
+
+std::vector<Record> ReadAll(RecordingReader& reader) {
+    std::vector<Record> records;
+    while (auto record = reader.Next())
+        records.push_back(std::move(*record));
+    return records;
+}
+
+std::string ReasonOfRefusal(const Bytes& bytes) {
+    try {
+        ReaderOf(bytes);
+    } catch (const RecordingError& error) {
+        return error.what();
+    }
+    return "";
+}
+
+Header SampleHeader() {
+    Header header;
+    header.m_settings.m_uiWidth = header.m_settings.m_uiHeight = 16;
+    header.m_uiStartTime = 1'700'000'000'000'000;
+    header.m_uiThreads = 2;
+    return header;
+}
+
+RecordedUpdate SampleUpdate() {
+    RecordedUpdate update;
+    update.m_encoded = {10, {0, 0, 16, 16}, {0xFF, 0xFF, 0xC0}};
+    update.m_uiTime = 2500;
+    update.m_result = 0;
+    update.m_coverage = Coverage::Framebuffer;
+    update.m_uiPictureCrc = 0xEFB5AF2E;
+    return update;
+}
+
+/// A file in memory that outlives its writer.
+class MemoryFile {
+public:
+    explicit MemoryFile(const Header& header) : m_writer(MakeStream(), header) {}
+
+    RecordingWriter& Writer() { return m_writer; }
+    Bytes GetBytes() const {
+        const std::string text = m_pStream->str();
+        return {text.begin(), text.end()};
+    }
+
+private:
+    std::unique_ptr<std::ostream> MakeStream() {
+        auto stream = std::make_unique<std::ostringstream>();
+        m_pStream = stream.get();
+        return stream;
+    }
+
+    std::ostringstream* m_pStream = nullptr;
+    RecordingWriter m_writer;
+};
+
+TEST(Recording, WritesTheExampleOfTheDocumentation) {
+    MemoryFile file(SampleHeader());
+    EXPECT_EQ(file.GetBytes(), ExampleHeader);
+    file.Writer().Write(SampleUpdate());
+    EXPECT_EQ(file.GetBytes(), ExampleHeader + ExampleUpdate);
+    file.Writer().Close();
+    EXPECT_EQ(file.GetBytes(), ExampleHeader + ExampleUpdate + ExampleIndex);
+}
+
+TEST(Recording, ReadsTheExampleOfTheDocumentation) {
+    auto reader = ReaderOf(ExampleHeader + ExampleUpdate + ExampleIndex);
+    EXPECT_EQ(reader.GetHeader(), SampleHeader());
+    const auto records = ReadAll(reader);
+    ASSERT_EQ(records.size(), 1U);
+    const auto& update = std::get<RecordedUpdate>(records[0]);
+    EXPECT_EQ(update.m_encoded.m_uiQuality, 10U);
+    EXPECT_EQ(update.m_encoded.m_rectangle.m_uiWidth, 16);
+    EXPECT_EQ(update.m_encoded.m_vuiPayload, (Bytes{0xFF, 0xFF, 0xC0}));
+    EXPECT_EQ(update.m_uiTime, 2500U);
+    EXPECT_EQ(update.m_result, 0U);
+    EXPECT_EQ(update.m_coverage, Coverage::Framebuffer);
+    EXPECT_EQ(update.m_uiPictureCrc, model::Crc32(Bytes(1024, 0)));
+    EXPECT_EQ(reader.GetEnd().m_kind, EndKind::Whole);
+    EXPECT_EQ(reader.ReadIndex(), (std::vector<IndexEntry>{{40, 2500}}));
+}
+
+TEST(Recording, EveryKindOfRecordComesBackAsItWasWritten) {
+    Header header;
+    header.m_codec = Codec::Ict;
+    header.m_uiProtocolVersion = 1;
+    header.m_chroma = ChromaSubsampling::Yuv422;
+    header.m_layout = RecordLayout::InPlace;
+    header.m_settings = {33, 17, 100, true, Sink::Planes, KernelRule::Portable};
+    const RecordedPicture picture{Bytes(33 * 17 + 2 * 16 * 17, 0x5A)};
+    const Settings settings{3, 2, 0, false, Sink::Argb, KernelRule::Accelerated};
+    RecordedUpdate failed;
+    failed.m_encoded = {0xFFFFFFFF, {0xFFFF, 1, 2, 0xFFFE}, {}};
+    failed.m_uiTime = 0x0102030405060708;
+    failed.m_result = FailedResult;
+    MemoryFile file(header);
+    file.Writer().Write(picture);
+    file.Writer().Write(settings);
+    file.Writer().Write(failed);
+    file.Writer().Write(RecordedUpdate{});
+    file.Writer().Write(Note{"Gr\xC3\xBC\xC3\x9F"});
+
+    auto reader = ReaderOf(file.GetBytes());
+    EXPECT_EQ(reader.GetHeader(), header);
+    const auto records = ReadAll(reader);
+    ASSERT_EQ(records.size(), 5U);
+    EXPECT_EQ(std::get<RecordedPicture>(records[0]).m_vuiBytes, picture.m_vuiBytes);
+    EXPECT_EQ(std::get<Settings>(records[1]), settings);
+    const auto& update = std::get<RecordedUpdate>(records[2]);
+    EXPECT_EQ(update.m_encoded.m_uiQuality, 0xFFFFFFFFU);
+    EXPECT_EQ(update.m_encoded.m_rectangle.m_uiX, 0xFFFF);
+    EXPECT_EQ(update.m_encoded.m_rectangle.m_uiHeight, 0xFFFE);
+    EXPECT_EQ(update.m_uiTime, 0x0102030405060708U);
+    EXPECT_EQ(update.m_result, FailedResult);
+    EXPECT_EQ(update.m_coverage, Coverage::Nothing);
+    EXPECT_FALSE(std::get<RecordedUpdate>(records[3]).m_result);
+    EXPECT_EQ(std::get<Note>(records[4]).m_text, "Gr\xC3\xBC\xC3\x9F");
+    EXPECT_FALSE(reader.ReadIndex());
+}
+
+TEST(Recording, PicturesMayBeUncompressed) {
+    const Bytes pixels{1, 2, 3, 4};
+    Header header;
+    header.m_settings.m_uiWidth = header.m_settings.m_uiHeight = 1;
+    const Bytes start = MemoryFile(header).GetBytes();
+    const Bytes fields = WithCrc(pixels);
+    const Bytes crc(fields.begin() + 4, fields.end());
+    auto reader = ReaderOf(start + RecordOf(3, Bytes{8, 0, 0, 0} + crc + pixels));
+    ASSERT_TRUE(reader.Next());
+    auto wrongSize = ReaderOf(start + RecordOf(3, Bytes{8, 0, 0, 0} + crc + pixels + pixels));
+    EXPECT_FALSE(wrongSize.Next());
+    EXPECT_EQ(wrongSize.GetEnd().m_kind, EndKind::Damaged);
+}
+
+TEST(Recording, CutAtAnyByteStillGivesEveryCompleteUpdate) {
+    MemoryFile file(SampleHeader());
+    std::vector<size_t> ends{file.GetBytes().size()};
+    for (uint8_t i = 0; i < 5; ++i) {
+        RecordedUpdate update = SampleUpdate();
+        update.m_encoded.m_vuiPayload.assign(3 * i, i);
+        file.Writer().Write(update);
+        ends.push_back(file.GetBytes().size());
+    }
+    file.Writer().Close();
+    const Bytes bytes = file.GetBytes();
+    for (size_t size = ends[0]; size < bytes.size(); ++size) {
+        auto reader = ReaderOf({bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(size)});
+        const auto complete = static_cast<size_t>(std::upper_bound(ends.begin(), ends.end(), size) -
+                                                  ends.begin() - 1);
+        EXPECT_EQ(reader.FindUpdates().size(), complete) << size;
+        const auto records = ReadAll(reader);
+        ASSERT_EQ(records.size(), complete) << size;
+        for (size_t i = 0; i < complete; ++i)
+            EXPECT_EQ(std::get<RecordedUpdate>(records[i]).m_encoded.m_vuiPayload,
+                      Bytes(3 * i, static_cast<uint8_t>(i)));
+        const bool betweenRecords = ends[complete] == size;
+        EXPECT_EQ(reader.GetEnd().m_kind, betweenRecords ? EndKind::Whole : EndKind::Cut) << size;
+        EXPECT_EQ(reader.GetEnd().m_uiOffset, ends[complete]);
+    }
+    for (size_t size = 0; size < ends[0]; ++size)
+        EXPECT_NE(
+            ReasonOfRefusal({bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(size)}),
+            "");
+}
+
+TEST(Recording, AFlippedBitAnywhereEndsTheRecordingBeforeItsRecord) {
+    const Bytes second = RecordOf(129, {'n'});
+    const Bytes good = ExampleHeader + ExampleUpdate + second;
+    const size_t first = ExampleHeader.size();
+    for (size_t bit = 8 * first; bit < 8 * good.size(); ++bit) {
+        Bytes bad = good;
+        bad[bit / 8] = static_cast<uint8_t>(bad[bit / 8] ^ 1 << bit % 8);
+        auto reader = ReaderOf(bad);
+        const bool inFirst = bit / 8 < first + ExampleUpdate.size();
+        EXPECT_EQ(ReadAll(reader).size(), inFirst ? 0U : 1U) << bit;
+        EXPECT_NE(reader.GetEnd().m_kind, EndKind::Whole) << bit;
+        EXPECT_EQ(reader.GetEnd().m_uiOffset, inFirst ? first : first + ExampleUpdate.size());
+    }
+    for (size_t bit = 0; bit < 8 * first; ++bit) {
+        Bytes bad = good;
+        bad[bit / 8] = static_cast<uint8_t>(bad[bit / 8] ^ 1 << bit % 8);
+        EXPECT_NE(ReasonOfRefusal(bad), "") << bit;
+    }
+}
+
+TEST(Recording, ReadersPassOverWhatTheyNeedNotKnow) {
+    const Bytes unknown = RecordOf(200, {1, 2, 3});
+    auto reader = ReaderOf(ExampleHeader + unknown + ExampleUpdate + unknown);
+    EXPECT_EQ(ReadAll(reader).size(), 1U);
+    EXPECT_EQ(reader.GetEnd().m_kind, EndKind::Whole);
+    EXPECT_EQ(reader.FindUpdates().at(0).m_uiOffset, ExampleHeader.size() + unknown.size());
+}
+
+TEST(Recording, ReadersStopAtWhatTheyShouldKnow) {
+    for (const uint8_t type : {uint8_t{4}, uint8_t{127}}) {
+        auto reader = ReaderOf(ExampleHeader + RecordOf(type, {}) + ExampleUpdate);
+        EXPECT_TRUE(ReadAll(reader).empty());
+        EXPECT_EQ(reader.GetEnd().m_kind, EndKind::LaterVersion);
+        EXPECT_EQ(reader.GetEnd().m_uiOffset, ExampleHeader.size());
+    }
+}
+
+TEST(Recording, FieldsOfLaterVersionsArePassedOver) {
+    Bytes header(ExampleHeader.begin(), ExampleHeader.end() - 4);
+    header[10] = 43;
+    header = WithCrc(header + Bytes{7, 7, 7});
+    Bytes body(ExampleUpdate.begin() + 8, ExampleUpdate.end() - 4);
+    body[0] = 38;
+    body.insert(body.begin() + 36, {9, 9});
+    auto reader =
+        ReaderOf(header + RecordOf(1, body) + RecordOf(2, Bytes{1, 0, 1, 0, 0, 0, 0, 0, 5}));
+    EXPECT_EQ(reader.GetHeader(), SampleHeader());
+    const auto records = ReadAll(reader);
+    ASSERT_EQ(records.size(), 2U);
+    EXPECT_EQ(std::get<RecordedUpdate>(records[0]).m_encoded.m_vuiPayload,
+              (Bytes{0xFF, 0xFF, 0xC0}));
+    EXPECT_EQ(std::get<Settings>(records[1]).m_uiWidth, 1);
+}
+
+TEST(Recording, ValuesOutOfRangeAreDamage) {
+    const Bytes outOfRange[] = {
+        {0, 0, 1, 0, 0, 0, 0, 0}, {1, 0, 0, 0, 0, 0, 0, 0}, {1, 0, 1, 0, 101, 0, 0, 0},
+        {1, 0, 1, 0, 0, 2, 0, 0}, {1, 0, 1, 0, 0, 0, 2, 0}, {1, 0, 1, 0, 0, 0, 0, 2},
+        {1, 0, 1, 0, 0, 0, 0},
+    };
+    for (const Bytes& settings : outOfRange) {
+        auto reader = ReaderOf(ExampleHeader + RecordOf(2, settings));
+        EXPECT_FALSE(reader.Next());
+        EXPECT_EQ(reader.GetEnd().m_kind, EndKind::Damaged);
+    }
+    Bytes body(ExampleUpdate.begin() + 8, ExampleUpdate.end() - 4);
+    body[3] = 3; // Covers what?
+    auto reader = ReaderOf(ExampleHeader + RecordOf(1, body));
+    EXPECT_FALSE(reader.Next());
+    EXPECT_EQ(reader.GetEnd().m_kind, EndKind::Damaged);
+}
+
+TEST(Recording, AnotherFileVersionIsRefused) {
+    Bytes header(ExampleHeader.begin(), ExampleHeader.end() - 4);
+    header[8] = 2;
+    EXPECT_NE(ReasonOfRefusal(WithCrc(header)).find("version"), std::string::npos);
+}
+
+TEST(Recording, RecordsMayFollowAnIndexWhichThenDoesNotCount) {
+    auto reader = ReaderOf(ExampleHeader + ExampleUpdate + ExampleIndex + ExampleUpdate);
+    EXPECT_FALSE(reader.ReadIndex());
+    EXPECT_EQ(reader.FindUpdates().size(), 2U);
+    EXPECT_EQ(ReadAll(reader).size(), 2U);
+}
+
+TEST(Recording, AnIndexThatPointsOutsideTheFileIsRefused) {
+    Bytes body(ExampleIndex.begin() + 8, ExampleIndex.end() - 4);
+    body[10] = 0xFF;
+    auto reader = ReaderOf(ExampleHeader + ExampleUpdate + RecordOf(128, body));
+    const auto index = reader.FindUpdates();
+    ASSERT_EQ(index.size(), 1U);
+    EXPECT_THROW(reader.GoTo(index[0].m_uiOffset), RecordingError);
+}
+
+TEST(Recording, MissingAndUnwritableFilesAreNamed) {
+    const std::string missing = testing::TempDir() + "no-such.rcrec";
+    try {
+        RecordingReader reader(missing);
+        FAIL();
+    } catch (const RecordingError& error) {
+        EXPECT_EQ(error.what(), missing + ": No such file or directory");
+    }
+    EXPECT_THROW(RecordingWriter("/no/such/folder/x.rcrec", SampleHeader()), RecordingError);
+    EXPECT_THROW(RecordingWriter("/dev/full", SampleHeader()), RecordingError);
+}
+
+} // namespace
+} // namespace Vostrel::recording

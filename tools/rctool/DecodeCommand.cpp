@@ -1,0 +1,206 @@
+#include "tools/rctool/Commands.h"
+#include "tools/rctool/FrameTimes.h"
+#include "tools/rctool/Options.h"
+#include "tools/rctool/PictureFile.h"
+#include "tools/rctool/StopWatch.h"
+
+#include <chrono>
+#include <cstdio>
+#include <stdexcept>
+#include <thread>
+
+namespace Vostrel::rctool {
+
+using recording::Coverage;
+using recording::PlayedUpdate;
+using recording::Player;
+using recording::RecordedUpdate;
+using recording::RecordingReader;
+using recording::Sink;
+using recording::Target;
+
+namespace {
+
+struct DecodeRequest {
+    std::string m_recording;
+    std::string m_output;
+    PictureFormat m_format = PictureFormat::Png;
+    bool m_bEveryPicture = false;
+    bool m_bVerify = false;
+    std::string m_frameTimes;
+    bool m_bRealTime = false;
+    DecodingOptions m_decoding;
+    bool m_bQuiet = false;
+};
+
+void Describe(CLI::App& app, DecodeRequest& request) {
+    AddRecordingArgument(app, request.m_recording);
+    app.add_option("-o,--output", request.m_output, "file for the last picture [none is written]")
+        ->type_name("FILE");
+    AddChoice<PictureFormat>(app, "--format", request.m_format,
+                             {{"png", PictureFormat::Png},
+                              {"ppm", PictureFormat::Ppm},
+                              {"argb", PictureFormat::Argb},
+                              {"planes", PictureFormat::Planes}},
+                             "png, ppm, argb (blue, green, red, alpha bytes) or\n"
+                             "planes (Y, Cb, Cr; ict only) [png]");
+    app.add_flag("--all", request.m_bEveryPicture,
+                 "a picture after every update: FILE-00000.png and so on");
+    app.add_flag("--verify", request.m_bVerify,
+                 "compare results and checksums with the recorded ones");
+    app.add_option("--frametimes", request.m_frameTimes,
+                   "CSV file of what every update took; - is the output")
+        ->type_name("FILE");
+    app.add_flag("--realtime", request.m_bRealTime, "at the recorded times, not at once");
+    AddDecodingOptions(app, request.m_decoding);
+    app.add_flag("--quiet", request.m_bQuiet, "print nothing but errors");
+}
+
+Target TargetOf(const DecodeRequest& request) {
+    if (request.m_output.empty())
+        return Target::AsRecorded;
+    return request.m_format == PictureFormat::Planes ? Target::ScreenPlanes : Target::Argb;
+}
+
+/// Decodes a recording and keeps account of what differs from it.
+class Decoding {
+public:
+    Decoding(const DecodeRequest& request, const recording::Header& header)
+        : m_request(request), m_frameTimes(request.m_frameTimes),
+          m_player(header, {request.m_decoding.m_threads, request.m_decoding.m_kernels,
+                            TargetOf(request)}) {
+        if (request.m_bVerify)
+            CheckThatChecksumsHold(header);
+    }
+
+    int Run(RecordingReader& reader);
+
+private:
+    void CheckThatChecksumsHold(const recording::Header& header) const;
+    void Show(const RecordedUpdate& update);
+    void WaitFor(const RecordedUpdate& update) const;
+    void Judge(const RecordedUpdate& update, const PlayedUpdate& played);
+    void Verify(const RecordedUpdate& update, const PlayedUpdate& played);
+    void Differs(const char* what, uint64_t found, uint64_t recorded);
+    void PrintSummary() const;
+    int Outcome() const;
+
+    const DecodeRequest& m_request;
+    FrameTimes m_frameTimes;
+    Player m_player;
+    std::chrono::steady_clock::time_point m_start = std::chrono::steady_clock::now();
+    size_t m_uiUpdates = 0;
+    size_t m_uiFailures = 0; ///< recorded ones among them
+    size_t m_uiUnexpectedFailures = 0;
+    size_t m_uiCompared = 0; ///< updates with something to compare
+    size_t m_uiDifferences = 0;
+};
+
+void Decoding::CheckThatChecksumsHold(const recording::Header& header) const {
+    const recording::Settings& settings = header.m_settings;
+    const Target target = TargetOf(m_request);
+    if (target == Target::ScreenPlanes ||
+        (target == Target::Argb && settings.m_sink == Sink::Planes))
+        throw std::invalid_argument("The recorded checksums are not of pictures of this format");
+    if (header.m_codec == streamencoder::Codec::Ict &&
+        RuleOf(m_player.GetKernels()) != settings.m_kernels)
+        throw std::invalid_argument(std::string("The recorded checksums are those of ") +
+                                    NameOf(settings.m_kernels) + " kernels");
+}
+
+int Decoding::Run(RecordingReader& reader) {
+    ForEachUpdate(reader, m_player, [this](const RecordedUpdate& update) {
+        if (m_request.m_bRealTime)
+            WaitFor(update);
+        Show(update);
+        ++m_uiUpdates;
+        return true;
+    });
+    if (!m_request.m_output.empty() && !m_request.m_bEveryPicture)
+        WritePicture(m_request.m_output, m_request.m_format, m_player.GetFramebuffer());
+    m_frameTimes.Close();
+    if (!m_request.m_bQuiet && m_request.m_frameTimes != StandardOutput)
+        PrintSummary();
+    return Outcome();
+}
+
+void Decoding::WaitFor(const RecordedUpdate& update) const {
+    std::this_thread::sleep_until(m_start + std::chrono::microseconds(update.m_uiTime));
+}
+
+void Decoding::Show(const RecordedUpdate& update) {
+    const StopWatch watch;
+    const PlayedUpdate played = m_player.Play(update.m_encoded);
+    m_frameTimes.Add(m_uiUpdates, update, played, watch.Elapsed());
+    Judge(update, played);
+    if (!m_request.m_output.empty() && m_request.m_bEveryPicture)
+        WritePicture(NumberedPath(m_request.m_output, m_uiUpdates), m_request.m_format,
+                     m_player.GetFramebuffer());
+}
+
+void Decoding::Judge(const RecordedUpdate& update, const PlayedUpdate& played) {
+    if (!played.m_failure.empty()) {
+        ++m_uiFailures;
+        const bool asRecorded = update.m_result == recording::FailedResult;
+        m_uiUnexpectedFailures += asRecorded ? 0 : 1;
+        std::fprintf(stderr, "rctool: update %zu: %s%s\n", m_uiUpdates, played.m_failure.c_str(),
+                     asRecorded ? ", as when it was recorded" : "");
+    }
+    if (m_request.m_bVerify)
+        Verify(update, played);
+}
+
+void Decoding::Verify(const RecordedUpdate& update, const PlayedUpdate& played) {
+    const bool hasChecksum = update.m_coverage != Coverage::Nothing;
+    m_uiCompared += hasChecksum || update.m_result ? 1 : 0;
+    if (update.m_result && played.m_uiResult != *update.m_result)
+        Differs("result", played.m_uiResult, *update.m_result);
+    if (!hasChecksum)
+        return;
+    const uint32_t crc =
+        m_player.GetFramebuffer().GetCrc(update.m_coverage, update.m_encoded.m_rectangle);
+    if (crc != update.m_uiPictureCrc)
+        Differs("picture checksum", crc, update.m_uiPictureCrc);
+}
+
+void Decoding::Differs(const char* what, uint64_t found, uint64_t recorded) {
+    ++m_uiDifferences;
+    std::fprintf(stderr, "rctool: update %zu: %s %llx, recorded %llx\n", m_uiUpdates, what,
+                 static_cast<unsigned long long>(found), static_cast<unsigned long long>(recorded));
+}
+
+void Decoding::PrintSummary() const {
+    std::printf("%zu updates, %zu failed", m_uiUpdates, m_uiFailures);
+    if (m_request.m_bVerify)
+        std::printf(", %zu compared, %zu differences", m_uiCompared, m_uiDifferences);
+    std::printf("\n");
+}
+
+int Decoding::Outcome() const {
+    if (m_request.m_bVerify && m_uiCompared == 0) {
+        std::fprintf(stderr, "rctool: The recording holds nothing to verify\n");
+        return NotVerified;
+    }
+    if (m_uiDifferences != 0)
+        return NotVerified;
+    return m_uiUnexpectedFailures != 0 ? UpdateFailed : Done;
+}
+
+int Decode(const DecodeRequest& request) {
+    if (request.m_bEveryPicture && request.m_output.empty())
+        throw std::invalid_argument("--all needs --output");
+    RecordingReader reader(request.m_recording);
+    Decoding decoding(request, reader.GetHeader());
+    const int outcome = decoding.Run(reader);
+    const int end = ReportEnd(request.m_recording, reader.GetEnd());
+    return outcome != Done ? outcome : end;
+}
+
+} // namespace
+
+void AddDecode(CLI::App& app, Action& action) {
+    AddCommand<DecodeRequest>(app, action, "decode",
+                              "Decode a recording, verify it, write pictures", Describe, Decode);
+}
+
+} // namespace Vostrel::rctool

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "tools/rctool/StopWatch.h"
+#include "tools/recording/Player.h"
+
+#include <fstream>
+#include <iosfwd>
+#include <string>
+
+namespace Vostrel::rctool {
+
+/// A CSV table of what every update took.
+class FrameTimes {
+public:
+    /// Writes to a file, to the standard output, or nowhere for an empty path. Throws
+    /// std::runtime_error.
+    explicit FrameTimes(const std::string& path);
+
+    void Add(size_t number, const recording::RecordedUpdate& update,
+             const recording::PlayedUpdate& played, const WorkTime& time);
+
+    /// Throws std::runtime_error when not all could be written.
+    void Close();
+
+private:
+    std::string m_path;
+    std::ofstream m_file;
+    std::ostream* m_pOut = nullptr;
+};
+
+} // namespace Vostrel::rctool

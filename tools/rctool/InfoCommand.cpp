@@ -1,0 +1,83 @@
+#include "tools/rctool/Commands.h"
+#include "tools/rctool/InfoReport.h"
+#include "tools/rctool/Options.h"
+
+namespace Vostrel::rctool {
+
+using recording::RecordedUpdate;
+using recording::RecordingReader;
+
+namespace {
+
+struct InfoRequest {
+    std::string m_recording;
+    bool m_bJson = false;
+};
+
+void Describe(CLI::App& app, InfoRequest& request) {
+    AddRecordingArgument(app, request.m_recording);
+    app.add_flag("--json", request.m_bJson, "as JSON, with all symbols");
+    app.footer("Bits of a macroblock count its skip code, length, tiles and filling.");
+}
+
+/// Walks all updates; nothing is decoded.
+class InfoCollector {
+public:
+    explicit InfoCollector(InfoReport& report)
+        : m_report(report), m_walker(WalkFormatOf(report.m_header)) {
+        Use(report.m_header.m_settings);
+    }
+
+    void operator()(const RecordedUpdate& update) {
+        const auto& encoded = update.m_encoded;
+        ++m_report.m_uiUpdates;
+        ++m_report.m_qualities[encoded.m_uiQuality];
+        m_report.m_uiPayloadBytes += encoded.m_vuiPayload.size();
+        m_report.m_uiLastTime = update.m_uiTime;
+        m_report.m_uiChecksums += update.m_coverage != recording::Coverage::Nothing ? 1 : 0;
+        m_report.m_uiRecordedFailures += update.m_result == recording::FailedResult ? 1 : 0;
+        if (const auto end = m_walker.Walk(encoded, m_report.m_statistics))
+            m_report.m_statistics.AddUpdate(*end, encoded.m_vuiPayload.size());
+    }
+    void operator()(const recording::Settings& settings) {
+        ++m_report.m_uiSettingsChanges;
+        Use(settings);
+    }
+    void operator()(const recording::RecordedPicture&) { ++m_report.m_uiPictures; }
+    void operator()(const recording::Note& note) { m_report.m_vNotes.push_back(note.m_text); }
+
+private:
+    void Use(const recording::Settings& settings) {
+        m_walker.SetResolution(settings.m_uiWidth, settings.m_uiHeight);
+    }
+
+    InfoReport& m_report;
+    walker::StreamWalker m_walker;
+};
+
+int Info(const InfoRequest& request) {
+    RecordingReader reader(request.m_recording);
+    InfoReport report;
+    report.m_header = reader.GetHeader();
+    report.m_bIndexed = reader.ReadIndex().has_value();
+    InfoCollector collector(report);
+    while (const auto record = reader.Next())
+        std::visit(collector, *record);
+    report.m_end = reader.GetEnd();
+    if (request.m_bJson)
+        PrintJson(report);
+    else
+        PrintText(report);
+    const int end = ReportEnd(request.m_recording, reader.GetEnd());
+    const bool unexpectedFaults = report.m_statistics.m_uiFaults > report.m_uiRecordedFailures;
+    return unexpectedFaults ? int{UpdateFailed} : end;
+}
+
+} // namespace
+
+void AddInfo(CLI::App& app, Action& action) {
+    AddCommand<InfoRequest>(app, action, "info", "Tell what a recording is made of", Describe,
+                            Info);
+}
+
+} // namespace Vostrel::rctool

@@ -1,0 +1,198 @@
+#include "tools/rctool/InfoReport.h"
+
+#include "tools/rctool/Options.h"
+
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <numeric>
+#include <span>
+
+namespace Vostrel::rctool {
+
+using recording::EndKind;
+using walker::StreamStatistics;
+using walker::SymbolClass;
+using walker::SymbolCount;
+
+namespace {
+
+constexpr size_t SymbolsInText = 16;
+
+/// Bits that coded macroblocks took.
+struct Spread {
+    size_t m_uiSum = 0;
+    double m_fMean = 0;
+    uint32_t m_uiMedian = 0;
+    uint32_t m_uiMost = 0;
+};
+
+Spread SpreadOf(std::vector<uint32_t> bits) {
+    if (bits.empty())
+        return {};
+    Spread spread;
+    spread.m_uiSum = std::accumulate(bits.begin(), bits.end(), size_t{0});
+    spread.m_fMean = static_cast<double>(spread.m_uiSum) / static_cast<double>(bits.size());
+    const auto middle = bits.begin() + static_cast<std::ptrdiff_t>(bits.size() / 2);
+    std::nth_element(bits.begin(), middle, bits.end());
+    spread.m_uiMedian = *middle;
+    spread.m_uiMost = *std::max_element(bits.begin(), bits.end());
+    return spread;
+}
+
+double Percent(size_t part, size_t whole) {
+    return whole == 0 ? 0 : 100.0 * static_cast<double>(part) / static_cast<double>(whole);
+}
+
+size_t SkippedOf(const StreamStatistics& statistics) {
+    return statistics.m_uiMacroblocks -
+           std::min(statistics.m_uiMacroblocks, statistics.m_vuiMacroblockBits.size());
+}
+
+std::span<const libimagedecoder::IctComponent> ComponentsOf(streamencoder::Codec codec) {
+    using namespace libimagedecoder;
+    static constexpr std::array Components{ComponentY, ComponentCb, ComponentCr};
+    constexpr size_t LbePlanes = 2;
+    return std::span(Components)
+        .first(codec == streamencoder::Codec::Ict ? Components.size() : LbePlanes);
+}
+
+const char* NameOfEnd(EndKind kind) {
+    switch (kind) {
+    case EndKind::Whole:
+        return "whole";
+    case EndKind::Cut:
+        return "cut";
+    case EndKind::Damaged:
+        return "damaged";
+    case EndKind::LaterVersion:
+        return "later version";
+    }
+    return "";
+}
+
+void PrintHeader(const InfoReport& report) {
+    const recording::Header& header = report.m_header;
+    const recording::Settings& settings = header.m_settings;
+    std::printf("framebuffer    %u x %u, %s\n", settings.m_uiWidth, settings.m_uiHeight,
+                NameOf(settings.m_sink));
+    std::printf("stream         %s %s, protocol version %u, %s\n", NameOf(header.m_codec),
+                NameOf(header.m_chroma), header.m_uiProtocolVersion, NameOf(header.m_layout));
+    std::printf("drawing        contrast %u, post-processing %s, %s kernels, %u threads\n",
+                settings.m_uiContrast, settings.m_bPostprocessing ? "on" : "off",
+                NameOf(settings.m_kernels), header.m_uiThreads);
+    std::printf("recording      %zu updates in %.3f s, %zu bytes of data, %zu checksums, %s, %s\n",
+                report.m_uiUpdates, static_cast<double>(report.m_uiLastTime) / 1e6,
+                report.m_uiPayloadBytes, report.m_uiChecksums, NameOfEnd(report.m_end.m_kind),
+                report.m_bIndexed ? "indexed" : "no index");
+    if (report.m_uiSettingsChanges + report.m_uiPictures != 0)
+        std::printf("other records  %zu settings, %zu pictures\n", report.m_uiSettingsChanges,
+                    report.m_uiPictures);
+    if (report.m_uiRecordedFailures + report.m_statistics.m_uiFaults != 0)
+        std::printf("failures       %zu recorded, %zu found\n", report.m_uiRecordedFailures,
+                    report.m_statistics.m_uiFaults);
+}
+
+void PrintMacroblocks(const InfoReport& report) {
+    const StreamStatistics& statistics = report.m_statistics;
+    const Spread spread = SpreadOf(statistics.m_vuiMacroblockBits);
+    const size_t skipped = SkippedOf(statistics);
+    std::printf("qualities     ");
+    for (const auto& [quality, updates] : report.m_qualities)
+        std::printf(" %u (%zu updates)", quality, updates);
+    std::printf("\nmacroblocks    %zu, %zu skipped (%.1f %%), %zu coded\n",
+                statistics.m_uiMacroblocks, skipped, Percent(skipped, statistics.m_uiMacroblocks),
+                statistics.m_vuiMacroblockBits.size());
+    std::printf("bits of a coded macroblock: mean %.1f, median %u, most %u\n", spread.m_fMean,
+                spread.m_uiMedian, spread.m_uiMost);
+    const size_t all = 8 * report.m_uiPayloadBytes;
+    std::printf("bits by use    skip codes %.1f %%, lengths %.1f %%, filling %.1f %%",
+                Percent(statistics.m_uiSkipBits, all), Percent(statistics.m_uiLengthBits, all),
+                Percent(statistics.m_uiFillingBits, all));
+    const auto codec = report.m_header.m_codec;
+    for (const auto component : ComponentsOf(codec))
+        std::printf(", %s %.1f %%", NameOf(codec, component),
+                    Percent(statistics.m_auiComponentBits[component], all));
+    std::printf("\n");
+}
+
+void PrintSymbols(const StreamStatistics& statistics, size_t payloadBits) {
+    std::vector<std::pair<SymbolClass, SymbolCount>> symbols(statistics.m_symbols.begin(),
+                                                             statistics.m_symbols.end());
+    std::stable_sort(symbols.begin(), symbols.end(), [](const auto& a, const auto& b) {
+        return a.second.m_uiBits > b.second.m_uiBits;
+    });
+    std::printf("symbols        %zu kinds, by their share of the bits:\n", symbols.size());
+    symbols.resize(std::min(symbols.size(), SymbolsInText));
+    for (const auto& [symbolClass, count] : symbols)
+        std::printf("  %-10s %9zu times %6.1f %%\n", walker::NameOf(symbolClass).c_str(),
+                    count.m_uiCount, Percent(count.m_uiBits, payloadBits));
+}
+
+} // namespace
+
+void PrintText(const InfoReport& report) {
+    PrintHeader(report);
+    PrintMacroblocks(report);
+    PrintSymbols(report.m_statistics, 8 * report.m_uiPayloadBytes);
+    for (const std::string& note : report.m_vNotes)
+        std::printf("note           %s\n", note.c_str());
+}
+
+void PrintJson(const InfoReport& report) {
+    const recording::Header& header = report.m_header;
+    const recording::Settings& settings = header.m_settings;
+    const StreamStatistics& statistics = report.m_statistics;
+    const Spread spread = SpreadOf(statistics.m_vuiMacroblockBits);
+    nlohmann::ordered_json json = {{"codec", NameOf(header.m_codec)},
+                                   {"protocolVersion", header.m_uiProtocolVersion},
+                                   {"chroma", NameOf(header.m_chroma)},
+                                   {"layout", NameOf(header.m_layout)},
+                                   {"startTime", header.m_uiStartTime},
+                                   {"threads", header.m_uiThreads},
+                                   {"width", settings.m_uiWidth},
+                                   {"height", settings.m_uiHeight},
+                                   {"contrast", settings.m_uiContrast},
+                                   {"postprocessing", settings.m_bPostprocessing},
+                                   {"sink", NameOf(settings.m_sink)},
+                                   {"kernels", NameOf(settings.m_kernels)},
+                                   {"end", NameOfEnd(report.m_end.m_kind)},
+                                   {"endOffset", report.m_end.m_uiOffset},
+                                   {"indexed", report.m_bIndexed},
+                                   {"updates", report.m_uiUpdates},
+                                   {"payloadBytes", report.m_uiPayloadBytes},
+                                   {"lastTime", report.m_uiLastTime},
+                                   {"checksums", report.m_uiChecksums},
+                                   {"recordedFailures", report.m_uiRecordedFailures},
+                                   {"faults", statistics.m_uiFaults},
+                                   {"settingsChanges", report.m_uiSettingsChanges},
+                                   {"pictures", report.m_uiPictures},
+                                   {"notes", report.m_vNotes},
+                                   {"macroblocks", statistics.m_uiMacroblocks},
+                                   {"skippedMacroblocks", SkippedOf(statistics)},
+                                   {"codedMacroblocks", statistics.m_vuiMacroblockBits.size()},
+                                   {"macroblockBits",
+                                    {{"sum", spread.m_uiSum},
+                                     {"mean", spread.m_fMean},
+                                     {"median", spread.m_uiMedian},
+                                     {"most", spread.m_uiMost}}},
+                                   {"bits",
+                                    {{"skipCodes", statistics.m_uiSkipBits},
+                                     {"lengths", statistics.m_uiLengthBits},
+                                     {"filling", statistics.m_uiFillingBits}}}};
+    for (const auto component : ComponentsOf(header.m_codec))
+        json["bits"][NameOf(header.m_codec, component)] = statistics.m_auiComponentBits[component];
+    for (const auto& [quality, updates] : report.m_qualities)
+        json["qualities"][std::to_string(quality)] = updates;
+    for (const auto& [symbolClass, count] : statistics.m_symbols)
+        json["symbols"][walker::NameOf(symbolClass)] = {{"count", count.m_uiCount},
+                                                        {"bits", count.m_uiBits}};
+    // Notes may hold bytes that are no UTF-8.
+    constexpr int Indent = 2;
+    std::puts(
+        json.dump(Indent, ' ', false, nlohmann::ordered_json::error_handler_t::replace).c_str());
+}
+
+} // namespace Vostrel::rctool

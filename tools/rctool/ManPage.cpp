@@ -1,0 +1,84 @@
+#include "tools/rctool/Commands.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cstdio>
+#include <string>
+
+/// Prints the manual page, which is made from the program's own description of itself.
+namespace {
+
+using namespace Vostrel::rctool;
+
+/// Text as the formatter wants it: no backslashes, no leading dots, hyphens that can be copied.
+std::string Escaped(const std::string& text) {
+    std::string escaped;
+    for (const char character : text) {
+        if (character == '-')
+            escaped += "\\-";
+        else if (character == '\\')
+            escaped += "\\e";
+        else if ((character == '.' || character == '\'') &&
+                 (escaped.empty() || escaped.back() == '\n'))
+            escaped += std::string("\\&") + character;
+        else
+            escaped += character;
+    }
+    return escaped;
+}
+
+std::string UpperCase(std::string text) {
+    std::transform(text.begin(), text.end(), text.begin(),
+                   [](unsigned char character) { return std::toupper(character); });
+    return text;
+}
+
+void PrintOption(const CLI::Option& option) {
+    std::string name = option.get_positional() ? option.get_name() : option.get_name(false, true);
+    if (const size_t comma = name.find(','); comma != std::string::npos)
+        name.replace(comma, 1, ", ");
+    const bool takesValue = !option.get_positional() && option.get_items_expected() != 0;
+    std::printf(".TP\n\\fB%s\\fR%s\n%s\n", Escaped(name).c_str(),
+                takesValue ? (" \\fI" + option.get_type_name() + "\\fR").c_str() : "",
+                Escaped(option.get_description()).c_str());
+}
+
+/// Lines of a list, which begin with blanks, stay lines.
+void PrintParagraphs(const std::string& text) {
+    std::string marked = Escaped(text);
+    for (size_t at = marked.find("\n  "); at != std::string::npos; at = marked.find("\n  ", at + 1))
+        marked.replace(at, 3, "\n.br\n");
+    std::printf(".PP\n%s\n", marked.c_str());
+}
+
+void PrintCommand(const CLI::App& command) {
+    std::printf(".SS %s\n%s.\n", Escaped(command.get_name()).c_str(),
+                Escaped(command.get_description()).c_str());
+    for (const CLI::Option* option : command.get_options())
+        PrintOption(*option);
+    if (!command.get_footer().empty())
+        PrintParagraphs(command.get_footer());
+}
+
+} // namespace
+
+int main() {
+    Action action;
+    const auto app = MakeApp(action);
+    const std::string& name = app->get_name();
+    std::printf(".TH %s 1 \"\" \"%s %s\" \"User Commands\"\n", UpperCase(name).c_str(),
+                name.c_str(), RCTOOL_VERSION);
+    std::printf(".SH NAME\n%s \\- record, decode and examine framebuffer updates\n", name.c_str());
+    std::printf(".SH SYNOPSIS\n.B %s\nCOMMAND [OPTION]...\n.SH DESCRIPTION\n%s\n", name.c_str(),
+                Escaped(app->get_description()).c_str());
+    std::printf(".SH OPTIONS\n");
+    for (const CLI::Option* option : app->get_options())
+        PrintOption(*option);
+    std::printf(".SH COMMANDS\n");
+    for (const CLI::App* command : app->get_subcommands(nullptr))
+        PrintCommand(*command);
+    std::printf(".SH EXIT STATUS\n");
+    const std::string footer = app->get_footer();
+    PrintParagraphs(footer.substr(footer.find("Exit status:") + sizeof("Exit status:") - 1));
+    return std::ferror(stdout) != 0 ? 1 : 0;
+}

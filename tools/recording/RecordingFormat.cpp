@@ -1,0 +1,33 @@
+#include "tools/recording/RecordingFormat.h"
+
+#include <zlib.h>
+
+namespace Vostrel::recording {
+
+uint32_t Crc32(std::span<const uint8_t> bytes) {
+    return static_cast<uint32_t>(crc32_z(0, bytes.data(), bytes.size()));
+}
+
+void PutSettings(ByteSink& sink, const Settings& settings) {
+    sink.Put(settings.m_uiWidth);
+    sink.Put(settings.m_uiHeight);
+    sink.Put(settings.m_uiContrast);
+    sink.Put(uint8_t{settings.m_bPostprocessing});
+    sink.Put(settings.m_sink);
+    sink.Put(settings.m_kernels);
+}
+
+Settings GetSettings(ByteSource& source) {
+    Settings settings;
+    settings.m_uiWidth = source.Get<uint16_t>();
+    settings.m_uiHeight = source.Get<uint16_t>();
+    settings.m_uiContrast = source.GetUpTo(uint8_t{100});
+    settings.m_bPostprocessing = source.GetUpTo(uint8_t{1}) != 0;
+    settings.m_sink = source.GetUpTo(Sink::Planes);
+    settings.m_kernels = source.GetUpTo(KernelRule::Portable);
+    if (settings.m_uiWidth == 0 || settings.m_uiHeight == 0)
+        throw RecordingError("the framebuffer has no pixels");
+    return settings;
+}
+
+} // namespace Vostrel::recording

@@ -1,0 +1,129 @@
+#include "tools/recording/RecordingWriter.h"
+
+#include <zlib.h>
+
+#include <cerrno>
+#include <fstream>
+#include <ostream>
+#include <system_error>
+
+namespace Vostrel::recording {
+namespace {
+
+std::unique_ptr<std::ostream> OpenFile(const std::string& path) {
+    auto out = std::make_unique<std::ofstream>(path, std::ios::binary);
+    if (!*out)
+        throw RecordingError(path + ": " + std::generic_category().message(errno));
+    return out;
+}
+
+std::vector<uint8_t> Compress(const std::vector<uint8_t>& bytes) {
+    // Screens are mostly flat: the fastest level already takes them to a few percent.
+    constexpr int Fastest = 1;
+    uLongf size = compressBound(bytes.size());
+    std::vector<uint8_t> compressed(size);
+    if (compress2(compressed.data(), &size, bytes.data(), bytes.size(), Fastest) != Z_OK)
+        throw RecordingError("A picture could not be compressed");
+    compressed.resize(size);
+    return compressed;
+}
+
+} // namespace
+
+RecordingWriter::RecordingWriter(std::unique_ptr<std::ostream> out, const Header& header)
+    : m_pOut(std::move(out)) {
+    ByteSink bytes;
+    bytes.PutText(FileMagic);
+    bytes.Put(FileVersion);
+    bytes.Put(HeaderSize);
+    bytes.Put(header.m_codec);
+    bytes.Put(header.m_uiProtocolVersion);
+    bytes.Put(header.m_chroma);
+    bytes.Put(header.m_layout);
+    PutSettings(bytes, header.m_settings);
+    bytes.Put(header.m_uiStartTime);
+    bytes.Put(header.m_uiThreads);
+    bytes.PutCrcOfAll();
+    WriteBytes(bytes.GetBytes());
+}
+
+RecordingWriter::RecordingWriter(const std::string& path, const Header& header)
+    : RecordingWriter(OpenFile(path), header) {}
+
+RecordingWriter::~RecordingWriter() = default;
+
+void RecordingWriter::Write(const RecordedUpdate& update) {
+    const EncodedUpdate& encoded = update.m_encoded;
+    ByteSink body;
+    body.Put(UpdateFieldsSize);
+    body.Put(update.m_result ? ResultKnown : uint8_t{0});
+    body.Put(update.m_coverage);
+    body.Put(encoded.m_uiQuality);
+    body.Put(encoded.m_rectangle.m_uiX);
+    body.Put(encoded.m_rectangle.m_uiY);
+    body.Put(encoded.m_rectangle.m_uiWidth);
+    body.Put(encoded.m_rectangle.m_uiHeight);
+    body.Put(update.m_uiTime);
+    body.Put(update.m_result.value_or(0));
+    body.Put(update.m_uiPictureCrc);
+    body.PutBytes(encoded.m_vuiPayload);
+    m_vIndex.push_back({m_uiOffset, update.m_uiTime});
+    WriteRecord(RecordType::Update, body);
+}
+
+void RecordingWriter::Write(const Settings& settings) {
+    ByteSink body;
+    PutSettings(body, settings);
+    WriteRecord(RecordType::Settings, body);
+}
+
+void RecordingWriter::Write(const RecordedPicture& picture) {
+    ByteSink body;
+    body.Put(PictureFieldsSize);
+    body.Put(Compression::Zlib);
+    body.Put(uint8_t{0});
+    body.Put(Crc32(picture.m_vuiBytes));
+    body.PutBytes(Compress(picture.m_vuiBytes));
+    WriteRecord(RecordType::Picture, body);
+}
+
+void RecordingWriter::Write(const Note& note) {
+    ByteSink body;
+    body.PutText(note.m_text);
+    WriteRecord(RecordType::Note, body);
+}
+
+void RecordingWriter::Close() {
+    ByteSink body;
+    body.Put(static_cast<uint32_t>(m_vIndex.size()));
+    for (const IndexEntry& entry : m_vIndex) {
+        body.Put(entry.m_uiOffset);
+        body.Put(entry.m_uiTime);
+    }
+    body.Put(m_uiOffset);
+    WriteRecord(RecordType::Index, body);
+}
+
+void RecordingWriter::WriteRecord(RecordType type, const ByteSink& body) {
+    if (body.GetBytes().size() > MaxBodySize)
+        throw RecordingError("A record would be too large");
+    ByteSink record;
+    record.PutText(RecordMagic);
+    record.Put(type);
+    record.Put(static_cast<uint32_t>(body.GetBytes().size()));
+    record.PutBytes(body.GetBytes());
+    record.PutCrcOfAll();
+    WriteBytes(record.GetBytes());
+}
+
+/// In one piece and at once, so that a crash costs one record at most.
+void RecordingWriter::WriteBytes(const std::vector<uint8_t>& bytes) {
+    m_pOut->write(reinterpret_cast<const char*>(bytes.data()),
+                  static_cast<std::streamsize>(bytes.size()));
+    m_pOut->flush();
+    if (!*m_pOut)
+        throw RecordingError("The recording could not be written");
+    m_uiOffset += bytes.size();
+}
+
+} // namespace Vostrel::recording

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "tools/recording/Recording.h"
+#include "tools/recording/RecordingFormat.h"
+
+#include <iosfwd>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace Vostrel::recording {
+
+/// Writes a recording record by record. What has been written can be read, whatever happens next.
+///
+/// Every operation throws RecordingError when the file system fails.
+class RecordingWriter {
+public:
+    /// Writes the header.
+    RecordingWriter(std::unique_ptr<std::ostream> out, const Header& header);
+
+    /// The same for a new file, which replaces one of the same name.
+    RecordingWriter(const std::string& path, const Header& header);
+
+    ~RecordingWriter();
+
+    void Write(const RecordedUpdate& update);
+    void Write(const Settings& settings);
+    void Write(const RecordedPicture& picture);
+    void Write(const Note& note);
+
+    /// Writes the index. Without it the recording is valid, but slower to search.
+    void Close();
+
+private:
+    void WriteRecord(RecordType type, const ByteSink& body);
+    void WriteBytes(const std::vector<uint8_t>& bytes);
+
+    std::unique_ptr<std::ostream> m_pOut;
+    uint64_t m_uiOffset = 0;
+    std::vector<IndexEntry> m_vIndex;
+};
+
+} // namespace Vostrel::recording

@@ -1,0 +1,59 @@
+#include "tools/walker/StreamStatistics.h"
+
+namespace Vostrel::walker {
+
+std::string NameOf(const SymbolClass& symbolClass) {
+    const std::string run = std::to_string(symbolClass.m_uiRun);
+    const std::string size = std::to_string(symbolClass.m_uiSize);
+    switch (symbolClass.m_kind) {
+    case SymbolKind::DcDifference:
+        return "dc " + size;
+    case SymbolKind::Coefficient:
+        return "ac " + run + "/" + size;
+    case SymbolKind::ZeroRun:
+        return "zrl";
+    case SymbolKind::EndOfTile:
+        return "eob";
+    case SymbolKind::Literal:
+        return "literal";
+    case SymbolKind::RunFromLeft:
+        return "left " + run;
+    case SymbolKind::RunFromAbove:
+        return "above " + run;
+    }
+    return "";
+}
+
+void StreamStatistics::OnSkip(const SkipCode& skip) {
+    m_uiSkipBits += skip.m_bits.m_uiCount;
+}
+
+void StreamStatistics::OnSymbol(const Symbol& symbol) {
+    // The width of a literal is that of its plane, no choice of the encoder.
+    const unsigned size = symbol.m_kind == SymbolKind::Literal ? 0 : symbol.m_uiSize;
+    SymbolCount& count = m_symbols[{symbol.m_kind, symbol.m_uiRun, size}];
+    ++count.m_uiCount;
+    count.m_uiBits += symbol.m_bits.m_uiCount;
+}
+
+void StreamStatistics::OnTile(const Tile& tile) {
+    m_auiComponentBits[tile.m_component] += tile.m_bits.m_uiCount;
+}
+
+void StreamStatistics::OnMacroblock(const Macroblock& block) {
+    m_uiLengthBits += block.m_length.m_uiCount;
+    m_vuiMacroblockBits.push_back(static_cast<uint32_t>(block.m_record.m_uiCount));
+    // A job may read zeros behind its record: those bits belong to no byte of the payload.
+    m_uiFillingBits += block.m_record.End() - block.m_data.End();
+}
+
+void StreamStatistics::OnError(const StreamFault&) {
+    ++m_uiFaults;
+}
+
+void StreamStatistics::AddUpdate(const WalkEnd& end, size_t payloadBytes) {
+    m_uiMacroblocks += end.m_uiMacroblocks;
+    m_uiFillingBits += 8 * payloadBytes - end.m_uiBits;
+}
+
+} // namespace Vostrel::walker
