@@ -25,3 +25,5 @@ if(IMAGEDECODER_SANITIZE)
                         -fno-omit-frame-pointer -g)
     add_link_options(-fsanitize=${IMAGEDECODER_SANITIZE})
 endif()
+
+include(Hardening)

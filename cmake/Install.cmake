@@ -1,0 +1,40 @@
+# What `cmake --install` lays where. The components are the packages of cmake/Packages.cmake.
+#
+# Nothing is built by an installation: build first.
+set(CMAKE_SKIP_INSTALL_ALL_DEPENDENCY ON)
+
+# JVMs of Debian look in lib/MULTIARCH/jni. CMake would choose MULTIARCH for the prefix /usr alone,
+# too late for a package that is made of a build for /usr/local.
+if(CMAKE_LIBRARY_ARCHITECTURE AND EXISTS /etc/debian_version)
+    set(CMAKE_INSTALL_LIBDIR lib/${CMAKE_LIBRARY_ARCHITECTURE} CACHE PATH "Object code libraries")
+endif()
+include(GNUInstallDirs)
+
+# As files, not as targets: nothing is left to strip or to relink, and the bytes stay as tested.
+install(FILES $<TARGET_FILE:imagedecoder> DESTINATION ${CMAKE_INSTALL_LIBDIR}/jni
+        COMPONENT library)
+if(NOT IMAGEDECODER_SANITIZE)
+    install_debug_symbols(imagedecoder COMPONENT debug)
+endif()
+
+if(TARGET imagedecoder_jar)
+    get_target_property(jar imagedecoder_jar JAR_FILE)
+    set(versioned_jar imagedecoder-${PROJECT_VERSION}.jar)
+    set(plain_jar ${PROJECT_BINARY_DIR}/install/imagedecoder.jar)
+    file(MAKE_DIRECTORY ${PROJECT_BINARY_DIR}/install)
+    file(CREATE_LINK ${versioned_jar} ${plain_jar} SYMBOLIC)
+    install(FILES ${jar} DESTINATION ${CMAKE_INSTALL_DATADIR}/java RENAME ${versioned_jar}
+            COMPONENT java)
+    install(FILES ${plain_jar} DESTINATION ${CMAKE_INSTALL_DATADIR}/java COMPONENT java)
+endif()
+
+if(TARGET rctool)
+    install(TARGETS rctool RUNTIME COMPONENT tools)
+    install(FILES ${PROJECT_BINARY_DIR}/tools/rctool.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1
+            COMPONENT tools)
+endif()
+
+# Pages for a viewer's developer, a packager and a codec engineer.
+install(FILES README.md SECURITY.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR}
+        COMPONENT java)
+install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT java)
