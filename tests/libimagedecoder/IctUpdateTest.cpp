@@ -403,6 +403,30 @@ TEST(IctCreation, ArgumentsOutOfRangeAreRejected) {
     EXPECT_NO_THROW(create(1024, 1, 2));
 }
 
+/// The order in which a transform wants its coefficients tells which one it is.
+TEST(IctCreation, AnAcceleratedTransformIsTheDefault) {
+    using InverseTransform::InverseIct::InverseIctFactory;
+    tests::RecordingLogger logger;
+    tests::PiecewiseStreambuffer stream(&logger);
+    ImageDecoderRenderer renderer(&logger);
+    const auto orderOf = [&](bool accelerated) {
+        return ImageDecoderIct(&renderer, &stream, &logger, 0, 0, 0,
+                               InverseIctFactory::CreateInverseIct(&logger, accelerated))
+            .GetReorderTable();
+    };
+    const ImageDecoderIct decoder(&renderer, &stream, &logger, 0, 0, 0);
+    EXPECT_EQ(decoder.GetReorderTable(), orderOf(true));
+    EXPECT_NE(decoder.GetReorderTable(), orderOf(false));
+}
+
+TEST(IctCreation, WithoutATransformThereIsNoDecoder) {
+    tests::RecordingLogger logger;
+    tests::PiecewiseStreambuffer stream(&logger);
+    ImageDecoderRenderer renderer(&logger);
+    EXPECT_THROW(ImageDecoderIct(&renderer, &stream, &logger, 0, 0, 0, nullptr),
+                 ImageDecoderException);
+}
+
 } // namespace
 
 } // namespace Vostrel::libimagedecoder
