@@ -20,7 +20,7 @@ public:
     std::uint16_t GetDataAlignmentBytes() const override;
 
 private:
-    unsigned char Clamp(int sum) const;
+    unsigned char Clamp(int scaled) const;
 
     std::unique_ptr<unsigned char[]> m_pClampLutStorage;
     /// Element 2176 of the storage: entry k is k + 128 clamped to a byte, for k from -2176 to 2175.

@@ -9,9 +9,9 @@
 
 namespace Vostrel::libimagedecoder::YCbCr4xxToArgb32 {
 
-/// Portable variant: what chroma adds to each channel is read from tables once per chroma sample,
-/// and added and clamped in a form that compilers turn into vector instructions. The result is that
-/// of ArgbWord: three table reads and one subtraction per pixel.
+/// Portable variant: what chroma adds to each channel is computed, added and clamped in a form that
+/// compilers turn into vector instructions. The result is that of ArgbWord: three table reads and
+/// one subtraction per pixel.
 ///
 /// Thread safety: Convert420 writes the object's work lines, so one object must not run two of them
 /// at once. Everything else only reads the class-wide tables, which are built once under a mutex.
@@ -66,8 +66,6 @@ protected:
     static const std::uint8_t* s_puiClampLut;
     static std::array<std::uint8_t, 65536> s_vuiYCrToRLut; ///< [(Y << 8) | Cr]
     static std::array<std::uint8_t, 65536> s_vuiYCbToBLut; ///< [(Y << 8) | Cb]
-    static std::array<std::int16_t, 256> s_viCrToRLut;     ///< What Cr adds to luma to give red.
-    static std::array<std::int16_t, 256> s_viCbToBLut;     ///< What Cb adds to luma to give blue.
     static std::array<std::int16_t, 256> s_viCbToGLut;
     static std::array<std::int16_t, 256> s_viCrToGLut;
     static std::mutex s_Mutex;
