@@ -6,6 +6,7 @@ namespace {
 using HuffCodeEntry = HuffmanYCbCrDcAc::HuffCodeEntry;
 
 constexpr size_t EndSymbol = 0;
+constexpr size_t NoDifference = 0;
 constexpr size_t DcAbortMarker = 12;
 
 /// A value of size bits, by the sign rule of ITU-T T.81, EXTEND.
@@ -34,11 +35,12 @@ uint32_t LowBits(uint32_t value, unsigned int bits) {
 } // namespace
 
 IctFastTables::IctFastTables(Codes dcCodes, Codes acCodes)
-    : m_uiEndCode(acCodes[EndSymbol].m_uiCode), m_uiEndCodeBits(acCodes[EndSymbol].m_uiLength) {
+    : m_uiEndCode(acCodes[EndSymbol].m_uiCode), m_uiEndCodeBits(acCodes[EndSymbol].m_uiLength),
+      m_uiRepeatCode(uint64_t{dcCodes[NoDifference].m_uiCode} << m_uiEndCodeBits | m_uiEndCode),
+      m_uiRepeatBits(dcCodes[NoDifference].m_uiLength + m_uiEndCodeBits) {
     FillDc(dcCodes);
     FillAc(acCodes);
     PairUp();
-    FillRepeats(dcCodes);
 }
 
 void IctFastTables::SetDequantisation(const std::array<uint8_t, TileCoefficients>& slots,
@@ -92,14 +94,6 @@ void IctFastTables::PairUp() {
     }
 }
 
-void IctFastTables::FillRepeats(Codes dcCodes) {
-    const HuffCodeEntry& noDifference = dcCodes[0];
-    m_uiRepeatBits = noDifference.m_uiLength + m_uiEndCodeBits;
-    const uint64_t repeat = uint64_t{noDifference.m_uiCode} << m_uiEndCodeBits | m_uiEndCode;
-    for (size_t tiles = 1; tiles < m_auiRepeats.size(); ++tiles)
-        m_auiRepeats[tiles] = m_auiRepeats[tiles - 1] << m_uiRepeatBits | repeat;
-}
-
 /// The entry of an index that starts with a code of codeBits and has the level after it, if all of
 /// that fits.
 IctFastTables::Entry IctFastTables::EntryAt(uint32_t index, unsigned int indexBits,
@@ -113,6 +107,16 @@ IctFastTables::Entry IctFastTables::EntryAt(uint32_t index, unsigned int indexBi
     const bool endFollows = bitsLeft >= m_uiEndCodeBits &&
                             LowBits(index, bitsLeft) >> (bitsLeft - m_uiEndCodeBits) == m_uiEndCode;
     return endFollows ? Entry(bits + m_uiEndCodeBits, value, EndFollows) : Entry(bits, value);
+}
+
+RepeatedTiles RepeatedTiles::Then(const IctFastTables& tables, size_t tiles) const {
+    RepeatedTiles all = *this;
+    for (size_t i = 0; i < tiles; ++i) {
+        all.m_uiCodes = all.m_uiCodes << tables.RepeatBits() | tables.RepeatCode();
+        all.m_uiBits += tables.RepeatBits();
+        all.m_uiEndCodeBits = tables.EndCodeBits();
+    }
+    return all;
 }
 
 } // namespace Vostrel::libimagedecoder

@@ -101,16 +101,18 @@ public:
     /// is the DC value's and written last.
     const ScanEntry& Scan(size_t position) const { return m_aScan[position % m_aScan.size()]; }
 
+    /// What a DC level is multiplied to.
+    int16_t DequantiseDc(int level) const { return Dequantise(level, m_aScan[0].m_iMultiplier); }
+
     /// level * multiplier >> 10, of which the low 16 bits count.
     static int16_t Dequantise(int32_t level, int32_t multiplier) {
         const uint32_t product = static_cast<uint32_t>(level) * static_cast<uint32_t>(multiplier);
         return static_cast<int16_t>(static_cast<int32_t>(product) >> 10);
     }
 
-    /// Bits of a tile that repeats its predecessor: difference 0, then the end.
+    /// A tile that repeats its predecessor, right-aligned: difference 0, then the end.
+    uint64_t RepeatCode() const { return m_uiRepeatCode; }
     unsigned int RepeatBits() const { return m_uiRepeatBits; }
-    /// That many such tiles in a row, right-aligned. tiles: 0..3.
-    uint64_t Repeats(size_t tiles) const { return m_auiRepeats[tiles]; }
 
 private:
     using Codes = std::span<const HuffmanYCbCrDcAc::HuffCodeEntry>;
@@ -118,17 +120,34 @@ private:
     void FillDc(Codes codes);
     void FillAc(Codes codes);
     void PairUp();
-    void FillRepeats(Codes dcCodes);
     Entry EntryAt(uint32_t index, unsigned int indexBits, unsigned int codeBits,
                   unsigned int levelBits, unsigned int advance) const;
 
     std::array<Entry, size_t{1} << DcIndexBits> m_aDc{};
     std::array<Entry, size_t{1} << AcIndexBits> m_aAc{};
     std::array<ScanEntry, 2 * TileCoefficients> m_aScan{};
-    std::array<uint64_t, 4> m_auiRepeats{};
-    uint32_t m_uiEndCode = 0;
+    uint32_t m_uiEndCode;
+    unsigned int m_uiEndCodeBits;
+    uint64_t m_uiRepeatCode;
+    unsigned int m_uiRepeatBits;
+};
+
+/// The codes of adjacent tiles, each of which repeats its predecessor's DC level in its component
+/// and has no other coefficient.
+class RepeatedTiles {
+public:
+    /// These, and behind them some more of one component. All together at most 56 bits, which is a
+    /// macroblock of 4:4:4.
+    RepeatedTiles Then(const IctFastTables& tables, size_t tiles) const;
+
+    uint64_t Codes() const { return m_uiCodes; } ///< right-aligned
+    unsigned int Bits() const { return m_uiBits; }
+    unsigned int EndCodeBits() const { return m_uiEndCodeBits; } ///< of the last tile
+
+private:
+    uint64_t m_uiCodes = 0;
+    unsigned int m_uiBits = 0;
     unsigned int m_uiEndCodeBits = 0;
-    unsigned int m_uiRepeatBits = 0;
 };
 
 } // namespace Vostrel::libimagedecoder

@@ -143,7 +143,7 @@ IctTileCursor::Outcome IctTileCursor::DecodeTile(const IctTileTables& tables, in
 
     const auto difference = static_cast<uint32_t>(tile.TakeDc());
     const int predictor = static_cast<int>(static_cast<uint32_t>(dcPredictor) + difference);
-    const int16_t dc = IctFastTables::Dequantise(predictor, fast.Scan(0).m_iMultiplier);
+    const int16_t dc = fast.DequantiseDc(predictor);
     if (tile.EndsAfterDc()) {
         if (tile.IsAborted() || !Commit(tile.m_Bits, windowBits)) [[unlikely]]
             return Decline();
@@ -165,16 +165,15 @@ IctTileCursor::Outcome IctTileCursor::DecodeTile(const IctTileTables& tables, in
     return tile.LastPosition() < LowPositions ? Outcome::Low : Outcome::Full;
 }
 
-bool IctTileCursor::SkipRepeats(const IctFastTables& tables, size_t tiles) {
-    if (!m_bBorrowed || !HasRoom())
+bool IctTileCursor::SkipRepeats(const RepeatedTiles& tiles) {
+    if (!IsReady()) [[unlikely]]
         return false;
-    const auto repeatBits = static_cast<unsigned int>(tiles) * tables.RepeatBits();
     BitRegister bits = m_Bits;
     bits.Refill();
-    if (bits.Peek(repeatBits) != tables.Repeats(tiles))
+    if (bits.Peek(tiles.Bits()) != tiles.Codes())
         return false;
-    bits.Skip(repeatBits);
-    return Commit(bits, PeekBits - tables.EndCodeBits());
+    bits.Skip(tiles.Bits());
+    return Commit(bits, PeekBits - tiles.EndCodeBits());
 }
 
 bool IctTileCursor::TakeBits(unsigned int n, uint32_t& value) {

@@ -53,9 +53,9 @@ public:
     /// Decodes one tile like ImageDecoderIct::HuffmannDecodeReorderDequantTile.
     Outcome DecodeTile(const IctTileTables& tables, int& dcPredictor, int16_t* coefficients);
 
-    /// Moves behind the next tiles, 1..3, if each of them repeats the predecessor's DC level and
-    /// has no other coefficient.
-    bool SkipRepeats(const IctFastTables& tables, size_t tiles);
+    /// Moves behind the next tiles if they are these. false tells nothing: they may be these and
+    /// lie at a window's end.
+    bool SkipRepeats(const RepeatedTiles& tiles);
 
     /// BitStreamReader::ReadStreamBits; n: 1..16.
     uint32_t ReadBits(unsigned int n) {

@@ -11,6 +11,9 @@ namespace Vostrel::libimagedecoder {
 constexpr size_t TileEdge = 8;
 constexpr size_t TileCoefficients = TileEdge * TileEdge;
 
+/// Luma tiles of a macroblock.
+constexpr size_t LumaTiles = MacroblockEdge * MacroblockEdge / TileCoefficients;
+
 enum IctComponent : uint8_t { ComponentY, ComponentCb, ComponentCr, ComponentCount };
 
 /// The chroma geometry of a macroblock: luma samples per chroma sample, and the samples of its area

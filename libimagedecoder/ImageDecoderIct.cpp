@@ -97,8 +97,21 @@ private:
         };
     }
 
+    /// Calls visit.operator()<Width, Height>(component, left, top) for the areas of a macroblock,
+    /// in the order in which they are coded, with their places in samples.
+    template <class Chroma, class Visit>
+    static void ForEachArea(const Macroblock& macroblock, Visit visit);
+
     template <size_t Width, size_t Height>
     void DecodeArea(TileSource& source, IctComponent component, size_t left, size_t top);
+    template <size_t Width, size_t Height>
+    void FillArea(IctComponent component, size_t left, size_t top, int16_t dc);
+    uint8_t* SamplesAt(IctComponent component, size_t left, size_t top) const {
+        return m_Decoder.m_apuiPlanes[component].get() + top * StrideOf(component) + left;
+    }
+    size_t StrideOf(IctComponent component) const {
+        return component == ComponentY ? m_uiLumaStride : m_uiChromaStride;
+    }
 
     void DecodeTile(TileSource& source, IctComponent component, uint8_t* samples, size_t stride);
     void FinishTile(TileSource& source, IctComponent component, IctTileCursor::Outcome outcome,
@@ -113,31 +126,54 @@ private:
     TileSource m_InPlace;
 };
 
+/// In most screens, most areas are plain: then all tiles behind the first repeat it, and whole
+/// macroblocks repeat each other (bench IctConsole*, IctDesktop*, level 0).
 template <class Chroma>
 void ImageDecoderIct::Update::DecodeMacroblock(TileSource& source, const Macroblock& macroblock) {
-    DecodeArea<MacroblockEdge, MacroblockEdge>(source, ComponentY, macroblock.m_uiLeft,
-                                               macroblock.m_uiTop);
-    for (const IctComponent component : {ComponentCb, ComponentCr})
-        DecodeArea<Chroma::Width, Chroma::Height>(source, component,
-                                                  macroblock.m_uiLeft / Chroma::DivX,
-                                                  macroblock.m_uiTop / Chroma::DivY);
+    if (source.m_Cursor.SkipRepeats(m_Decoder.m_RepeatedMacroblock)) {
+        ForEachArea<Chroma>(macroblock, [&]<size_t Width, size_t Height>(IctComponent component,
+                                                                         size_t left, size_t top) {
+            const int16_t dc =
+                m_aTables[component].m_pFast->DequantiseDc(source.m_Predictors[component]);
+            FillArea<Width, Height>(component, left, top, dc);
+        });
+        return;
+    }
+    ForEachArea<Chroma>(macroblock, [&]<size_t Width, size_t Height>(IctComponent component,
+                                                                     size_t left, size_t top) {
+        DecodeArea<Width, Height>(source, component, left, top);
+    });
 }
 
-/// Decodes the tiles of a macroblock in one plane, in row order. In most screens, most areas are
-/// plain: then all tiles behind the first repeat it.
+template <class Chroma, class Visit>
+void ImageDecoderIct::Update::ForEachArea(const Macroblock& macroblock, Visit visit) {
+    visit.template operator()<MacroblockEdge, MacroblockEdge>(ComponentY, macroblock.m_uiLeft,
+                                                              macroblock.m_uiTop);
+    for (const IctComponent component : {ComponentCb, ComponentCr})
+        visit.template operator()<Chroma::Width, Chroma::Height>(
+            component, macroblock.m_uiLeft / Chroma::DivX, macroblock.m_uiTop / Chroma::DivY);
+}
+
+template <size_t Width, size_t Height>
+void ImageDecoderIct::Update::FillArea(IctComponent component, size_t left, size_t top,
+                                       int16_t dc) {
+    FillSamples<Width, Height>(SamplesAt(component, left, top), StrideOf(component),
+                               FlatTileSample(dc));
+}
+
+/// Decodes the tiles of a macroblock in one plane, in row order.
 template <size_t Width, size_t Height>
 void ImageDecoderIct::Update::DecodeArea(TileSource& source, IctComponent component, size_t left,
                                          size_t top) {
     constexpr size_t Tiles = Width * Height / TileCoefficients;
-    const size_t stride = component == ComponentY ? m_uiLumaStride : m_uiChromaStride;
-    uint8_t* const area = m_Decoder.m_apuiPlanes[component].get() + top * stride + left;
-    const IctTileTables& tables = m_aTables[component];
+    const size_t stride = StrideOf(component);
+    uint8_t* const area = SamplesAt(component, left, top);
 
-    const auto first =
-        source.m_Cursor.DecodeTile(tables, source.m_Predictors[component], source.m_piCoefficients);
+    const auto first = source.m_Cursor.DecodeTile(
+        m_aTables[component], source.m_Predictors[component], source.m_piCoefficients);
     if (Tiles > 1 && first == IctTileCursor::Outcome::Flat &&
-        source.m_Cursor.SkipRepeats(*tables.m_pFast, Tiles - 1)) {
-        FillSamples<Width, Height>(area, stride, FlatTileSample(source.m_piCoefficients[0]));
+        source.m_Cursor.SkipRepeats(m_Decoder.m_aRepeatedRests[component])) {
+        FillArea<Width, Height>(component, left, top, source.m_piCoefficients[0]);
         return;
     }
     FinishTile(source, component, first, area, stride);
@@ -200,6 +236,16 @@ ImageDecoderIct::ImageDecoderIct(ImageDecoderRenderer* renderer, IStreambuffer* 
                                                 m_pInverseIct->GetDataAlignmentBytes());
     HookUpTileIndexZigZagAndReorderTable();
     HookUpHuffDecodeTables();
+    HookUpRepeatedTiles();
+}
+
+void ImageDecoderIct::HookUpRepeatedTiles() {
+    const size_t chromaTiles = size_t{1} << m_uiChromaSubsampling;
+    m_RepeatedMacroblock =
+        RepeatedTiles().Then(m_LumaFastTables, LumaTiles).Then(m_ChromaFastTables, 2 * chromaTiles);
+    m_aRepeatedRests[ComponentY] = RepeatedTiles().Then(m_LumaFastTables, LumaTiles - 1);
+    m_aRepeatedRests[ComponentCb] = m_aRepeatedRests[ComponentCr] =
+        RepeatedTiles().Then(m_ChromaFastTables, chromaTiles - 1);
 }
 
 IctTileTables ImageDecoderIct::GetTileTables(IctComponent component) const {

@@ -117,6 +117,7 @@ private:
     void HookUpTileIndexZigZagAndReorderTable();
     void HookUpHuffDecodeTables();
     void HookUpDequantDenormDescaleTiles();
+    void HookUpRepeatedTiles();
 
     std::shared_ptr<InverseTransform::InverseIct::IInverseIct> m_pInverseIct;
     AlignedArray<int16_t> m_piCoefficients; ///< one block of 64 per worker
@@ -134,6 +135,9 @@ private:
                                    HuffmanYCbCrDcAc::s_aAcLuminance};
     IctFastTables m_ChromaFastTables{HuffmanYCbCrDcAc::s_aDcChrominance,
                                      HuffmanYCbCrDcAc::s_aAcChrominance};
+    RepeatedTiles m_RepeatedMacroblock;
+    /// The tiles behind the first one of a macroblock's area.
+    std::array<RepeatedTiles, ComponentCount> m_aRepeatedRests;
 };
 
 } // namespace Vostrel::libimagedecoder

@@ -143,9 +143,21 @@ TEST_P(IctFastTablesOf, NoDcEntryStandsForTheAbortMarker) {
 TEST_P(IctFastTablesOf, RepeatsAreNoDifferenceAndAnEndEach) {
     const bool luma = GetParam().ac.data() == Codes::s_aAcLuminance.data();
     EXPECT_EQ(m_Fast.RepeatBits(), luma ? 6U : 4U);
-    EXPECT_EQ(m_Fast.Repeats(1), luma ? 0b001010U : 0b0000U);
-    EXPECT_EQ(m_Fast.Repeats(2), luma ? 0b001010001010U : 0b00000000U);
-    EXPECT_EQ(m_Fast.Repeats(3), luma ? 0b001010001010001010U : 0U);
+    EXPECT_EQ(m_Fast.RepeatCode(), luma ? 0b001010U : 0b0000U);
+    const RepeatedTiles three = RepeatedTiles().Then(m_Fast, 3);
+    EXPECT_EQ(three.Bits(), luma ? 18U : 12U);
+    EXPECT_EQ(three.Codes(), luma ? 0b001010001010001010U : 0U);
+    EXPECT_EQ(three.EndCodeBits(), luma ? 4U : 2U);
+}
+
+TEST(RepeatedTiles, OfAMacroblockLieBehindEachOther) {
+    const IctFastTables luma(Codes::s_aDcLuminance, Codes::s_aAcLuminance);
+    const IctFastTables chroma(Codes::s_aDcChrominance, Codes::s_aAcChrominance);
+    const RepeatedTiles smallest = RepeatedTiles().Then(luma, 4).Then(chroma, 2);
+    EXPECT_EQ(smallest.Bits(), 32U);
+    EXPECT_EQ(smallest.Codes(), 0b001010001010001010001010U << 8);
+    EXPECT_EQ(smallest.EndCodeBits(), 2U);
+    EXPECT_EQ(RepeatedTiles().Then(luma, 4).Then(chroma, 8).Bits(), 56U);
 }
 
 TEST_P(IctFastTablesOf, WhatLiesBehindTheScanGoesToTheFirstSlot) {

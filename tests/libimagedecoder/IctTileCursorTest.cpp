@@ -126,8 +126,8 @@ protected:
         for (int tile = 0; tile < 300; ++tile) {
             const IctComponent component = m_Random.OneIn(3) ? ComponentCb : ComponentY;
             const size_t repeats = m_Random.Between(1, 3);
-            if (m_Random.OneIn(3) &&
-                cursor.SkipRepeats(*m_Decoder.GetTileTables(component).m_pFast, repeats)) {
+            if (m_Random.OneIn(3) && cursor.SkipRepeats(RepeatedTiles().Then(
+                                         *m_Decoder.GetTileTables(component).m_pFast, repeats))) {
                 ++m_iRepeatsSkipped;
                 SkipRepeatsPlainly(plain, component, repeats);
                 continue;
