@@ -21,8 +21,6 @@ public record ChangedRectangle(int x, int y, int width, int height) {
     /** Nothing changed. */
     public static final ChangedRectangle EMPTY = new ChangedRectangle(0, 0, 0, 0);
 
-    private static final int WRAP = 0x10000;
-
     /**
      * Checks the numbers.
      *
@@ -72,29 +70,21 @@ public record ChangedRectangle(int x, int y, int width, int height) {
     }
 
     /**
-     * Unpacks the result of a native perform call. Its last two fields are width and height plus
-     * the update's own position, and every field is cut to 16 bits.
+     * Unpacks the result of a native perform call: four fields of 16 bits, of which the last two
+     * are width and height plus the update's own position. No sum of two numbers up to {@link
+     * Framebuffer#MAX_SIDE} outgrows its field.
      */
     static ChangedRectangle unpack(long packed, UpdateHeader header, Framebuffer framebuffer) {
-        if (packed == 0) {
-            return EMPTY;
-        }
-        int left = header.x() + offset(packed >>> 48, header.x());
-        int top = header.y() + offset(packed >>> 32, header.y());
-        int right = Math.min(left + size(packed >>> 16, header.x()), framebuffer.width());
-        int bottom = Math.min(top + size(packed, header.y()), framebuffer.height());
+        int left = field(packed, 3);
+        int top = field(packed, 2);
+        int right = Math.min(left + field(packed, 1) - header.x(), framebuffer.width());
+        int bottom = Math.min(top + field(packed, 0) - header.y(), framebuffer.height());
         return left < right && top < bottom
                 ? new ChangedRectangle(left, top, right - left, bottom - top)
                 : EMPTY;
     }
 
-    private static int offset(long field, int position) {
-        return (int) (field - position) & (WRAP - 1);
-    }
-
-    /** A size of 65536 does not fit into its field. */
-    private static int size(long field, int position) {
-        int size = offset(field, position);
-        return size == 0 ? WRAP : size;
+    private static int field(long packed, int index) {
+        return (int) (packed >>> Short.SIZE * index) & 0xFFFF;
     }
 }

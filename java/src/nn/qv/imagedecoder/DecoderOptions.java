@@ -235,7 +235,7 @@ public final class DecoderOptions {
          * Records the connection, so that a bug report can carry its own reproduction. The file is
          * begun by the first update and only ever appended to, so that it can be played up to the
          * last update even after a crash: {@code java -jar imagedecoder.jar replay FILE}. It shows
-         * what was on the screen, passwords being typed included.
+         * what was on the screen, passwords being typed included, so its owner alone can read it.
          *
          * @param file a file that does not exist yet, usually named {@code *.rcrec}
          * @return this builder

@@ -32,8 +32,6 @@ public final class Framebuffer {
     /** The most pixels: 8192x8192, for which a decoder needs up to 200 MB of its own. */
     public static final int MAX_PIXELS = 1 << 26;
 
-    private static final int WORD = Integer.BYTES;
-
     private final int width;
     private final int height;
     private final ChromaSubsampling chromaSubsampling;
@@ -45,7 +43,7 @@ public final class Framebuffer {
         this.height = height;
         this.chromaSubsampling = subsampling;
         this.argb = argb;
-        planes = argb != null ? List.of() : allocatePlanes(width, height, subsampling);
+        planes = argb != null ? List.of() : FramebufferMemory.planes(width, height, subsampling);
     }
 
     /**
@@ -57,8 +55,8 @@ public final class Framebuffer {
      * @throws IllegalArgumentException if the size is out of range
      */
     public static Framebuffer argb(int width, int height) {
-        checkSize(width, height);
-        return new Framebuffer(width, height, null, allocate(WORD * width * height));
+        FramebufferMemory.checkSize(width, height);
+        return new Framebuffer(width, height, null, FramebufferMemory.words(width * height));
     }
 
     /**
@@ -72,10 +70,9 @@ public final class Framebuffer {
      * @throws IllegalArgumentException if the size is out of range or the buffer is not as above
      */
     public static Framebuffer argb(int width, int height, ByteBuffer memory) {
-        checkSize(width, height);
-        checkMemory(memory, WORD * width * height);
-        ByteBuffer start = memory.slice(memory.position(), WORD * width * height);
-        return new Framebuffer(width, height, null, start.order(ByteOrder.nativeOrder()));
+        FramebufferMemory.checkSize(width, height);
+        ByteBuffer words = FramebufferMemory.wordsWithin(memory, width * height);
+        return new Framebuffer(width, height, null, words);
     }
 
     /**
@@ -91,7 +88,7 @@ public final class Framebuffer {
      */
     public static Framebuffer planes(
             int width, int height, ChromaSubsampling chromaSubsampling) {
-        checkSize(width, height);
+        FramebufferMemory.checkSize(width, height);
         Objects.requireNonNull(chromaSubsampling, "chromaSubsampling");
         return new Framebuffer(width, height, chromaSubsampling, null);
     }
@@ -223,56 +220,5 @@ public final class Framebuffer {
             throw new UnsupportedOperationException("The framebuffer holds planes, not pixels");
         }
         return argb;
-    }
-
-    private static List<ByteBuffer> allocatePlanes(
-            int width, int height, ChromaSubsampling subsampling) {
-        int chroma = subsampling.chromaWidth(width) * subsampling.chromaHeight(height);
-        return List.of(allocate(width * height), allocate(chroma), allocate(chroma));
-    }
-
-    private static ByteBuffer allocate(int bytes) {
-        return ByteBuffer.allocateDirect(bytes).order(ByteOrder.nativeOrder());
-    }
-
-    private static void checkSize(int width, int height) {
-        if (width < 1
-                || height < 1
-                || width > MAX_SIDE
-                || height > MAX_SIDE
-                || width * height > MAX_PIXELS) {
-            throw new IllegalArgumentException(
-                    "A framebuffer of "
-                            + width
-                            + "x"
-                            + height
-                            + " pixels: each side must be 1 to "
-                            + MAX_SIDE
-                            + ", and both together at most "
-                            + MAX_PIXELS
-                            + " pixels");
-        }
-    }
-
-    private static void checkMemory(ByteBuffer memory, int bytes) {
-        expect(
-                memory.isDirect(),
-                "is on the Java heap, where native code cannot write: use allocateDirect");
-        expect(!memory.isReadOnly(), "is read-only");
-        expect(
-                memory.order() == ByteOrder.nativeOrder(),
-                "has another byte order than the machine: call order(ByteOrder.nativeOrder())");
-        expect(
-                memory.remaining() >= bytes,
-                "has " + memory.remaining() + " bytes left where " + bytes + " are needed");
-        expect(
-                memory.alignmentOffset(memory.position(), WORD) == 0,
-                "does not begin at an address divisible by " + WORD);
-    }
-
-    private static void expect(boolean condition, String otherwise) {
-        if (!condition) {
-            throw new IllegalArgumentException("The framebuffer's memory " + otherwise);
-        }
     }
 }

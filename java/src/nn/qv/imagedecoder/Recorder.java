@@ -1,19 +1,13 @@
 package nn.qv.imagedecoder;
 
-import java.io.ByteArrayOutputStream;
 import java.io.IOException;
 import java.io.UncheckedIOException;
 import java.lang.System.Logger;
 import java.lang.System.Logger.Level;
-import java.nio.ByteBuffer;
 import java.nio.file.Files;
 import java.nio.file.Path;
 import java.util.Arrays;
 import java.util.concurrent.TimeUnit;
-import java.util.zip.CRC32;
-import java.util.zip.Deflater;
-import java.util.zip.DeflaterOutputStream;
-import nn.qv.imagedecoder.internal.RecordingFormat;
 import nn.qv.imagedecoder.internal.RecordingWriter;
 
 /**
@@ -30,7 +24,7 @@ final class Recorder {
     private boolean postprocessing;
     private Framebuffer framebuffer;
     private byte[] writtenSettings;
-    private long pictureCrc;
+    private int pictureCrc;
     private long startNanos;
     private long updateMicros;
     private boolean ended;
@@ -48,9 +42,9 @@ final class Recorder {
         writer = new RecordingWriter(file);
     }
 
-    /** Creates the file; its header waits for the first update, which brings the geometry. */
-    static Recorder create(Path file, DecoderOptions options) throws IOException {
-        return new Recorder(file, options);
+    /** Creates the options' file; its header waits for the first update's geometry. */
+    static Recorder create(DecoderOptions options) throws IOException {
+        return new Recorder(options.recording().orElseThrow(), options);
     }
 
     void setContrast(int level) {
@@ -65,30 +59,27 @@ final class Recorder {
     synchronized void begin(Framebuffer target, long nanos) {
         write(
                 () -> {
+                    byte[] settings =
+                            RecordingComposer.settings(target, contrast, postprocessing);
                     if (!writer.begun()) {
                         startNanos = nanos;
-                        writeHeader(settings(target));
+                        writeHeader(settings);
                     }
                     updateMicros = TimeUnit.NANOSECONDS.toMicros(nanos - startNanos);
-                    adapt(target);
+                    adapt(target, settings);
                 });
     }
 
-    /** After an update was decoded. */
+    /** After an update was decoded, or has failed. */
     synchronized void end(UpdateHeader header, byte[] payload, long result) {
         write(
                 () -> {
-                    pictureCrc = crc(framebuffer);
-                    ByteBuffer fields =
-                            RecordingFormat.allocate(RecordingFormat.UPDATE_FIELDS_BYTES);
-                    fields.putShort((short) RecordingFormat.UPDATE_FIELDS_BYTES);
-                    fields.put((byte) RecordingFormat.RESULT_KNOWN);
-                    fields.put((byte) RecordingFormat.COVERS_FRAMEBUFFER);
-                    fields.putInt(header.quality());
-                    fields.putShort((short) header.x()).putShort((short) header.y());
-                    fields.putShort((short) header.width()).putShort((short) header.height());
-                    fields.putLong(updateMicros).putLong(result).putInt((int) pictureCrc);
-                    writer.update(fields.flip(), payload, updateMicros);
+                    pictureCrc = PictureChecksum.of(framebuffer);
+                    writer.update(
+                            RecordingComposer.updateFields(
+                                    header, updateMicros, result, pictureCrc),
+                            payload,
+                            updateMicros);
                 });
     }
 
@@ -132,96 +123,34 @@ final class Recorder {
     }
 
     private void writeHeader(byte[] settings) throws IOException {
-        boolean pool = options.protocolVersion() == ProtocolVersion.V2 && options.threads() > 0;
-        RecordLayout layout = pool ? RecordLayout.PADDED : RecordLayout.CONTINUOUS;
-        if (pool && options.recordLayout() == RecordLayout.IN_PLACE) {
-            layout = RecordLayout.IN_PLACE;
-        }
         writer.header(
                 (byte) options.codec().ordinal(),
                 (byte) options.protocolVersion().ordinal(),
                 (byte) options.chromaSubsampling().ordinal(),
-                (byte) layout.ordinal(),
+                (byte) RecordingComposer.layout(options).ordinal(),
                 settings,
                 TimeUnit.MILLISECONDS.toMicros(System.currentTimeMillis()),
                 options.threads());
         writtenSettings = settings;
     }
 
-    /** A player's framebuffer is all zeros at first and when its size or kind changes. */
-    private void adapt(Framebuffer target) throws IOException {
-        byte[] settings = settings(target);
-        boolean cleared =
-                framebuffer == null || !Arrays.equals(shape(settings), shape(writtenSettings));
+    /** Writes settings and picture if a player would have others. */
+    private void adapt(Framebuffer target, byte[] settings) throws IOException {
+        boolean blank =
+                framebuffer == null
+                        || !Arrays.equals(
+                                RecordingComposer.shapeOf(settings),
+                                RecordingComposer.shapeOf(writtenSettings));
         if (!Arrays.equals(settings, writtenSettings)) {
             writer.settings(settings);
             writtenSettings = settings;
         }
-        long expected = cleared ? crcOfZeros(target) : pictureCrc;
+        int shown = blank ? PictureChecksum.ofBlank(target) : pictureCrc;
+        int crc = PictureChecksum.of(target);
         framebuffer = target;
-        if (crc(target) != expected) {
-            writePicture(target);
+        if (crc != shown) {
+            writer.picture(
+                    RecordingComposer.pictureFields(crc), RecordingComposer.compressed(target));
         }
-    }
-
-    private void writePicture(Framebuffer target) throws IOException {
-        CRC32 crc = new CRC32();
-        ByteArrayOutputStream compressed = new ByteArrayOutputStream();
-        Deflater fast = new Deflater(Deflater.BEST_SPEED);
-        try (DeflaterOutputStream out = new DeflaterOutputStream(compressed, fast)) {
-            byte[] chunk = new byte[1 << 16];
-            for (ByteBuffer memory : target.memory()) {
-                ByteBuffer bytes = memory.duplicate();
-                while (bytes.hasRemaining()) {
-                    int count = Math.min(chunk.length, bytes.remaining());
-                    bytes.get(chunk, 0, count);
-                    crc.update(chunk, 0, count);
-                    out.write(chunk, 0, count);
-                }
-            }
-        } finally {
-            fast.end();
-        }
-        ByteBuffer fields = RecordingFormat.allocate(RecordingFormat.PICTURE_FIELDS_BYTES);
-        fields.putShort((short) RecordingFormat.PICTURE_FIELDS_BYTES);
-        fields.put((byte) RecordingFormat.COMPRESSION_ZLIB).put((byte) 0);
-        fields.putInt((int) crc.getValue());
-        writer.picture(fields.flip(), compressed.toByteArray());
-    }
-
-    private byte[] settings(Framebuffer target) {
-        boolean planes = target.chromaSubsampling().isPresent();
-        ByteBuffer settings = RecordingFormat.allocate(RecordingFormat.SETTINGS_BYTES);
-        settings.putShort((short) target.width()).putShort((short) target.height());
-        settings.put((byte) contrast).put((byte) (postprocessing ? 1 : 0));
-        settings.put(
-                (byte) (planes ? RecordingFormat.SINK_PLANES : RecordingFormat.SINK_ARGB));
-        settings.put((byte) 0); // The library always uses accelerated kernels.
-        return settings.array();
-    }
-
-    /** Width, height and sink. */
-    private static byte[] shape(byte[] settings) {
-        return new byte[] {settings[0], settings[1], settings[2], settings[3], settings[6]};
-    }
-
-    static long crc(Framebuffer target) {
-        CRC32 crc = new CRC32();
-        for (ByteBuffer memory : target.memory()) {
-            crc.update(memory.duplicate());
-        }
-        return crc.getValue();
-    }
-
-    private static long crcOfZeros(Framebuffer target) {
-        CRC32 crc = new CRC32();
-        byte[] zeros = new byte[1 << 16];
-        long left = target.memory().stream().mapToLong(ByteBuffer::capacity).sum();
-        while (left > 0) {
-            int count = (int) Math.min(left, zeros.length);
-            crc.update(zeros, 0, count);
-            left -= count;
-        }
-        return crc.getValue();
     }
 }

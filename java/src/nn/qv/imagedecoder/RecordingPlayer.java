@@ -1,10 +1,8 @@
 package nn.qv.imagedecoder;
 
 import java.io.IOException;
-import java.nio.ByteBuffer;
 import java.nio.file.Path;
 import java.util.concurrent.TimeUnit;
-import java.util.zip.CRC32;
 
 /**
  * Plays a recording: decodes its updates again, as fast as possible or as they came, and compares
@@ -24,8 +22,7 @@ import java.util.zip.CRC32;
 public final class RecordingPlayer implements AutoCloseable {
     private final Recording recording;
     private final ScreenDecoder decoder;
-    private RecordingEntry.Settings settings;
-    private Framebuffer framebuffer;
+    private final ReplayScreen screen;
     private RecordingEntry.Update last;
     private String difference = "";
     private String failure = "";
@@ -34,9 +31,11 @@ public final class RecordingPlayer implements AutoCloseable {
     private long differing;
     private long checksums;
 
-    private RecordingPlayer(Recording recording, ScreenDecoder decoder) {
+    private RecordingPlayer(Recording recording, ScreenDecoder decoder, ReplayScreen screen)
+            throws IOException {
         this.recording = recording;
         this.decoder = decoder;
+        this.screen = screen;
         apply(recording.initialSettings());
     }
 
@@ -53,12 +52,10 @@ public final class RecordingPlayer implements AutoCloseable {
         Recording recording = Recording.open(file);
         ScreenDecoder decoder = null;
         try {
-            DecoderOptions.Builder options = recording.options();
-            if (threads > 0) {
-                options.threads(threads);
-            }
-            decoder = ScreenDecoder.open(options.build());
-            return new RecordingPlayer(recording, decoder);
+            DecoderOptions.Builder builder = recording.options();
+            DecoderOptions options = (threads > 0 ? builder.threads(threads) : builder).build();
+            decoder = ScreenDecoder.open(options);
+            return new RecordingPlayer(recording, decoder, new ReplayScreen(options));
         } catch (IOException | RuntimeException | Error e) {
             recording.close();
             if (decoder != null) {
@@ -81,7 +78,7 @@ public final class RecordingPlayer implements AutoCloseable {
             if (entry instanceof RecordingEntry.Settings changed) {
                 apply(changed);
             } else if (entry instanceof RecordingEntry.Picture picture) {
-                show(picture);
+                screen.show(picture);
             } else if (entry instanceof RecordingEntry.Update update) {
                 play(update);
                 return true;
@@ -134,7 +131,7 @@ public final class RecordingPlayer implements AutoCloseable {
      * @return the framebuffer
      */
     public Framebuffer framebuffer() {
-        return framebuffer;
+        return screen.framebuffer();
     }
 
     /**
@@ -215,35 +212,10 @@ public final class RecordingPlayer implements AutoCloseable {
         recording.close();
     }
 
-    private void apply(RecordingEntry.Settings changed) {
-        boolean sameShape =
-                settings != null
-                        && settings.width() == changed.width()
-                        && settings.height() == changed.height()
-                        && settings.planes() == changed.planes();
-        if (!sameShape) {
-            framebuffer =
-                    changed.planes()
-                            ? Framebuffer.planes(
-                                    changed.width(),
-                                    changed.height(),
-                                    recording.chromaSubsampling())
-                            : Framebuffer.argb(changed.width(), changed.height());
-        }
-        settings = changed;
+    private void apply(RecordingEntry.Settings changed) throws IOException {
+        screen.apply(changed);
         decoder.setContrast(changed.contrast());
         decoder.setPostprocessing(changed.postprocessing());
-    }
-
-    private void show(RecordingEntry.Picture picture) throws IOException {
-        ByteBuffer from = ByteBuffer.wrap(picture.bytes());
-        for (ByteBuffer memory : framebuffer.memory()) {
-            if (from.remaining() < memory.capacity()) {
-                throw new IOException("A picture of the recording is too small");
-            }
-            memory.put(0, picture.bytes(), from.position(), memory.capacity());
-            from.position(from.position() + memory.capacity());
-        }
     }
 
     private void play(RecordingEntry.Update update) {
@@ -251,7 +223,7 @@ public final class RecordingPlayer implements AutoCloseable {
         updates++;
         long result;
         try {
-            decoder.decode(update.header(), update.payload(), framebuffer);
+            decoder.decode(update.header(), update.payload(), screen.framebuffer());
             result = decoder.lastResult();
         } catch (UpdateException e) {
             failure = e.getMessage();
@@ -265,9 +237,9 @@ public final class RecordingPlayer implements AutoCloseable {
         if (update.resultKnown() && result != update.result()) {
             difference =
                     String.format("result %016x instead of %016x", result, update.result());
-        } else if (comparable(update)) {
+        } else if (screen.comparable(update)) {
             checksums++;
-            int crc = (int) crc(update);
+            int crc = screen.crc(update);
             if (crc != update.pictureCrc()) {
                 difference =
                         String.format(
@@ -277,28 +249,5 @@ public final class RecordingPlayer implements AutoCloseable {
         if (!difference.isEmpty()) {
             differing++;
         }
-    }
-
-    private boolean comparable(RecordingEntry.Update update) {
-        return update.covering() != RecordingEntry.Covering.NOTHING
-                && !(settings.portableKernels() && recording.codec() == Codec.ICT);
-    }
-
-    private long crc(RecordingEntry.Update update) {
-        return update.covering() == RecordingEntry.Covering.RECTANGLE
-                ? rectangleCrc(update.header())
-                : Recorder.crc(framebuffer);
-    }
-
-    private long rectangleCrc(UpdateHeader header) {
-        CRC32 crc = new CRC32();
-        ByteBuffer pixels = framebuffer.memory().get(0);
-        int columns = Math.min(header.width(), framebuffer.width() - header.x());
-        int bottom = Math.min(header.y() + header.height(), framebuffer.height());
-        for (int row = header.y(); columns > 0 && row < bottom; row++) {
-            int start = Integer.BYTES * (row * framebuffer.width() + header.x());
-            crc.update(pixels.slice(start, Integer.BYTES * columns));
-        }
-        return crc.getValue();
     }
 }

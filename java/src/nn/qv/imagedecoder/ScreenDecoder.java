@@ -17,7 +17,6 @@ import nn.qv.imagedecoder.internal.MarkedStreamSource;
 import nn.qv.imagedecoder.internal.NativeCodec;
 import nn.qv.imagedecoder.internal.NativeObjects;
 import nn.qv.imagedecoder.internal.UpdateFeed;
-import nn.qv.imagedecoder.internal.UseGuard;
 
 /**
  * Decodes the updates of one encoding on one connection, in the order in which they arrive, into a
@@ -25,7 +24,10 @@ import nn.qv.imagedecoder.internal.UseGuard;
  *
  * <p><b>Bytes.</b> An update's bytes come from memory, a stream or a channel. Where the length of
  * an update is not known beforehand, a decoder finds its end by decoding, and gives back what it
- * has read too much: the buffer or stream stands exactly behind the update afterwards.
+ * has read too much: the buffer or stream stands exactly behind the update afterwards. To be sure
+ * of the end it may ask for up to two bytes of the next message first. If the device waits for an
+ * answer before it sends that, a read that blocks would wait for ever: tell the length then, or let
+ * the stream end where nothing more has been announced, which the decoder takes as well.
  *
  * <p><b>Failures.</b> The bytes come from a network and may be anything. An update that cannot be
  * decoded throws an {@link UpdateException} and draws nothing; the decoder stays usable. What a
@@ -70,9 +72,12 @@ public final class ScreenDecoder implements AutoCloseable {
     private final UpdateRun run;
     private final Cleaner.Cleanable cleanable;
 
-    private ScreenDecoder(UpdateRun run, Runnable release) {
-        this.run = run;
-        cleanable = CLEANER.register(this, release);
+    private ScreenDecoder(
+            DecoderOptions options, UpdateFeed feed, NativeObjects objects, Recorder recorder) {
+        run = new UpdateRun(options, feed, objects, recorder);
+        run.setContrast(options.contrast());
+        run.setPostprocessing(options.postprocessing());
+        cleanable = CLEANER.register(this, () -> release(objects, recorder));
     }
 
     /**
@@ -86,27 +91,26 @@ public final class ScreenDecoder implements AutoCloseable {
     public static ScreenDecoder open(DecoderOptions options) throws IOException {
         Objects.requireNonNull(options, "options");
         NativeLoader.load();
-        Recorder recorder =
-                options.recording().isPresent()
-                        ? Recorder.create(options.recording().get(), options)
-                        : null;
+        Recorder recorder = options.recording().isPresent() ? Recorder.create(options) : null;
+        NativeObjects objects = null;
         try {
             UpdateFeed feed = new UpdateFeed();
-            NativeObjects objects =
-                    NativeObjects.create(
-                            feed,
-                            NativeCodec.valueOf(options.codec().name()),
-                            options.threads(),
-                            options.protocolVersion().ordinal(),
-                            options.chromaSubsampling().ordinal());
-            UpdateRun run = new UpdateRun(options, feed, objects, recorder);
-            run.setContrast(options.contrast());
-            run.setPostprocessing(options.postprocessing());
-            return new ScreenDecoder(run, () -> release(objects, recorder));
+            objects = createObjects(feed, options);
+            return new ScreenDecoder(options, feed, objects, recorder);
         } catch (IOException | RuntimeException | Error e) {
-            closeQuietly(recorder);
+            release(objects, recorder);
             throw e;
         }
+    }
+
+    private static NativeObjects createObjects(UpdateFeed feed, DecoderOptions options)
+            throws IOException {
+        return NativeObjects.create(
+                feed,
+                NativeCodec.valueOf(options.codec().name()),
+                options.threads(),
+                options.protocolVersion().ordinal(),
+                options.chromaSubsampling().ordinal());
     }
 
     /**
@@ -313,9 +317,7 @@ public final class ScreenDecoder implements AutoCloseable {
      */
     @Override
     public void close() {
-        if (guard.close() == UseGuard.State.IN_USE) {
-            throw inUse();
-        }
+        guard.close();
         cleanable.clean();
     }
 
@@ -329,7 +331,7 @@ public final class ScreenDecoder implements AutoCloseable {
             throws IOException {
         Objects.requireNonNull(header, "header");
         run.checkFramebuffer(framebuffer);
-        enter();
+        guard.enter();
         try {
             long start = System.nanoTime();
             return run.decode(header, opener.open(), framebuffer, start);
@@ -339,7 +341,7 @@ public final class ScreenDecoder implements AutoCloseable {
     }
 
     private void use(Runnable call) {
-        enter();
+        guard.enter();
         try {
             call.run();
         } finally {
@@ -347,33 +349,17 @@ public final class ScreenDecoder implements AutoCloseable {
         }
     }
 
-    private void enter() {
-        switch (guard.enter()) {
-            case CLOSED -> throw new DecoderClosedException("The decoder is closed");
-            case IN_USE -> throw inUse();
-            default -> {}
-        }
-    }
-
+    /** Keeps the cleaner from a decoder whose last call has not come to its end. */
     private void leave() {
         guard.leave();
         Reference.reachabilityFence(this);
     }
 
-    private DecoderInUseException inUse() {
-        return new DecoderInUseException(
-                "The decoder is in use by "
-                        + guard.describeUser()
-                        + "; it serves one call at a time, and close() waits for none: let the"
-                        + " thread that decodes also close");
-    }
-
+    /** Static, lest the cleaner keep the decoder; either argument may be null. */
     private static void release(NativeObjects objects, Recorder recorder) {
-        objects.run();
-        closeQuietly(recorder);
-    }
-
-    private static void closeQuietly(Recorder recorder) {
+        if (objects != null) {
+            objects.run();
+        }
         if (recorder != null) {
             recorder.close();
         }

@@ -9,15 +9,13 @@ import nn.qv.imagedecoder.internal.NativeCodec;
 import nn.qv.imagedecoder.internal.NativeObjects;
 import nn.qv.imagedecoder.internal.NativeTarget;
 import nn.qv.imagedecoder.internal.NativeUpdate;
+import nn.qv.imagedecoder.internal.TransferArrays;
 import nn.qv.imagedecoder.internal.UpdateFeed;
 import nn.qv.imagedecoder.internal.UpdateTrace;
 
 /** One update after the other through the native objects, by one thread at a time. */
 final class UpdateRun {
     private static final long FAILED = -1;
-    private static final int MACROBLOCK = 16;
-    private static final int LEAST_TRANSFER = 1 << 12;
-    private static final int TRANSFER_SIZES = 5;
     private static final UpdateTrace TRACE = UpdateTrace.create();
 
     private final DecoderOptions options;
@@ -26,11 +24,13 @@ final class UpdateRun {
     private final NativeObjects objects;
     private final Recorder recorder;
     private final Counters counters = new Counters();
+    private final TransferArrays transfers = new TransferArrays();
 
-    /** One of each size, because the library copies the array whole for every update. */
-    private final byte[][] transfers = new byte[TRANSFER_SIZES][];
-
+    /** Of the running update, or of the last one. */
     private long lastResult;
+
+    private int consumed;
+    private long feedNanos;
 
     /** The recorder is null if the connection is not recorded. */
     UpdateRun(DecoderOptions options, UpdateFeed feed, NativeObjects objects, Recorder recorder) {
@@ -64,26 +64,13 @@ final class UpdateRun {
                 counters.decodeNanos());
     }
 
+    /** What the native method returned, -1 for a failed update. */
     long lastResult() {
         return lastResult;
     }
 
-    /** What the viewer can get wrong about a framebuffer, as opposed to what a device sends. */
     void checkFramebuffer(Framebuffer framebuffer) {
-        if (framebuffer.chromaSubsampling().isEmpty()) {
-            return;
-        }
-        if (options.codec() == Codec.LBE) {
-            throw new IllegalArgumentException(
-                    "LBE updates cannot be drawn into planes: use Framebuffer.argb");
-        }
-        if (framebuffer.chromaSubsampling().get() != options.chromaSubsampling()) {
-            throw new IllegalArgumentException(
-                    "The planes are for "
-                            + framebuffer.chromaSubsampling().get()
-                            + ", but the decoder for "
-                            + options.chromaSubsampling());
-        }
+        UpdateChecks.checkFramebuffer(options, framebuffer);
     }
 
     /**
@@ -95,26 +82,14 @@ final class UpdateRun {
             UpdateHeader header, ByteSource source, Framebuffer framebuffer, long started)
             throws IOException {
         Object token = TRACE.begin();
-        long opened = System.nanoTime();
-        long feedNanos = opened - started;
         String failure = null;
-        int consumed = 0;
-        lastResult = FAILED;
-        feed.begin(source);
+        begin(source, started);
         try {
-            checkRectangle(header, framebuffer, source);
-            perform(header, source, framebuffer, opened);
-            consumed = feed.consumedBytes();
-            feedNanos += feed.nanos();
-            if (lastResult == FAILED) {
-                throw failed(header, source, consumed);
-            }
-            consumed = exactlyConsumed(header, framebuffer, consumed);
-            record(header, consumed);
+            perform(header, source, framebuffer);
             source.settle(consumed);
             counters.addUpdate(consumed);
             return ChangedRectangle.unpack(lastResult, header, framebuffer);
-        } catch (IOException | RuntimeException e) {
+        } catch (IOException | RuntimeException | Error e) {
             failure = e.toString();
             counters.addRefusal();
             giveUp(source, e);
@@ -124,146 +99,87 @@ final class UpdateRun {
             long decodeNanos = System.nanoTime() - started - feedNanos;
             counters.addNanos(feedNanos, decodeNanos);
             if (token != null) {
-                NativeUpdate update = nativeUpdate(header);
-                TRACE.end(
-                        token,
-                        new UpdateTrace.Outcome(
-                                codec.name(), update, consumed, feedNanos, decodeNanos, failure));
+                TRACE.end(token, outcome(header, decodeNanos, failure));
             }
         }
     }
 
-    private void perform(
-            UpdateHeader header, ByteSource source, Framebuffer framebuffer, long started)
+    private void begin(ByteSource source, long started) {
+        lastResult = FAILED;
+        consumed = 0;
+        feedNanos = System.nanoTime() - started;
+        feed.begin(source);
+    }
+
+    private static void giveUp(ByteSource source, Throwable reason) {
+        try {
+            source.settle(-1);
+        } catch (IOException | RuntimeException e) {
+            reason.addSuppressed(e);
+        }
+    }
+
+    /** Finds the result and the number of bytes that the update had, or throws why it failed. */
+    private void perform(UpdateHeader header, ByteSource source, Framebuffer framebuffer)
             throws IOException {
+        checkRectangle(header, framebuffer, source);
         if (recorder != null) {
-            recorder.begin(framebuffer, started);
+            recorder.begin(framebuffer, System.nanoTime());
         }
-        NativeTarget target =
-                new NativeTarget(
-                        framebuffer.width(),
-                        framebuffer.height(),
-                        framebuffer.argbOrNull(),
-                        framebuffer.planeOrNull(0),
-                        framebuffer.planeOrNull(1),
-                        framebuffer.planeOrNull(2));
-        lastResult =
-                codec.perform(
-                        transferFor(source.most()),
-                        target,
-                        nativeUpdate(header),
-                        objects.handles());
-    }
-
-    /**
-     * The number of bytes that the update had. If its end lies just before a piece that was read,
-     * the library cannot hand back enough; then the bytes are decoded once more in a single piece,
-     * without drawing them.
-     */
-    private int exactlyConsumed(UpdateHeader header, Framebuffer framebuffer, int consumed) {
-        if (!feed.consumedTooMuch()) {
-            return consumed;
+        byte[] transfer = transfers.forBytes(source.most());
+        lastResult = perform(transfer, targetOf(framebuffer), header);
+        consumed = feed.consumedBytes();
+        feedNanos += feed.nanos();
+        if (lastResult != FAILED && feed.consumedTooMuch()) {
+            consumed = exactlyConsumed(header, framebuffer);
         }
-        byte[] whole = feed.delivered();
-        feed.begin(new BufferSource(ByteBuffer.wrap(whole)));
-        codec.perform(
-                new byte[whole.length],
-                NativeTarget.none(framebuffer.width(), framebuffer.height()),
-                nativeUpdate(header),
-                objects.handles());
-        return feed.consumedBytes();
-    }
-
-    private void record(UpdateHeader header, int consumed) {
         if (recorder != null) {
             recorder.end(header, feed.delivered(consumed), lastResult);
+        }
+        if (lastResult == FAILED) {
+            throw UpdateFailures.of(options.codec(), header, feed, source.inStepAfterFailure());
         }
     }
 
     private void checkRectangle(UpdateHeader header, Framebuffer framebuffer, ByteSource source)
             throws UpdateException {
-        String problem = null;
-        if (header.x() >= framebuffer.width() || header.y() >= framebuffer.height()) {
-            problem = "begins outside";
-        } else if (header.width() > wholeMacroblocks(framebuffer.width())
-                || header.height() > wholeMacroblocks(framebuffer.height())) {
-            problem = "is larger than";
-        } else if (framebuffer.chromaSubsampling().isPresent()
-                && (header.x() != 0 || header.y() != 0)) {
-            problem = "does not begin at (0, 0), as is needed for planes, in";
-        }
-        if (problem != null) {
-            String message =
-                    String.format(
-                            "The rectangle of %s update %s %s the framebuffer of %dx%d",
-                            codec, header, problem, framebuffer.width(), framebuffer.height());
+        String problem = UpdateChecks.rectangleProblem(options.codec(), header, framebuffer);
+        if (!problem.isEmpty()) {
             if (recorder != null) {
-                recorder.note(message);
+                recorder.note(problem);
             }
             throw new UpdateException(
-                    UpdateException.Reason.RECTANGLE, source.inStepAfterFailure(), message);
+                    UpdateException.Reason.RECTANGLE, source.inStepAfterFailure(), problem);
         }
     }
 
-    private static void giveUp(ByteSource source, Exception reason) {
-        try {
-            source.settle(-1);
-        } catch (IOException e) {
-            reason.addSuppressed(e);
-        }
+    /**
+     * The number of bytes that an update had whose end lies just before a piece that was read. The
+     * library cannot hand back enough then, so the bytes are decoded once more in a single piece,
+     * without drawing them.
+     */
+    private int exactlyConsumed(UpdateHeader header, Framebuffer framebuffer) {
+        byte[] whole = feed.delivered();
+        feed.begin(new BufferSource(ByteBuffer.wrap(whole)));
+        perform(
+                new byte[whole.length],
+                NativeTarget.none(framebuffer.width(), framebuffer.height()),
+                header);
+        return feed.consumedBytes();
     }
 
-    /** What to throw for a failed update: what its source has thrown, if it has. */
-    private IOException failed(UpdateHeader header, ByteSource source, int consumed) {
-        record(header, consumed);
-        Throwable cause = feed.failure();
-        if (cause instanceof IOException e) {
-            return e;
-        }
-        if (cause instanceof RuntimeException e) {
-            throw e;
-        }
-        if (cause instanceof Error e) {
-            throw e;
-        }
-        String line = feed.failureLine();
-        return new UpdateException(
-                reason(line),
-                source.inStepAfterFailure(),
-                String.format(
-                        "%s update %s failed after %d bytes: %s",
-                        codec,
-                        header,
-                        consumed,
-                        line == null ? "its quality is unknown" : textOf(line)));
+    private long perform(byte[] transfer, NativeTarget target, UpdateHeader header) {
+        return codec.perform(transfer, target, nativeUpdate(header), objects.handles());
     }
 
-    private static UpdateException.Reason reason(String line) {
-        if (line == null) {
-            return UpdateException.Reason.QUALITY;
-        }
-        return line.endsWith("no more bytes!")
-                ? UpdateException.Reason.TRUNCATED
-                : UpdateException.Reason.CORRUPT;
-    }
-
-    /** The part of a log line behind the native method's name. */
-    private String textOf(String line) {
-        String method = "perform" + codec + " ";
-        int at = line.indexOf(method);
-        return at < 0 ? line : line.substring(at + method.length());
-    }
-
-    /** The smallest array that holds the bytes, or the largest one. */
-    private byte[] transferFor(int bytes) {
-        int size = 0;
-        while (size < TRANSFER_SIZES - 1 && LEAST_TRANSFER << size < bytes) {
-            size++;
-        }
-        if (transfers[size] == null) {
-            transfers[size] = new byte[LEAST_TRANSFER << size];
-        }
-        return transfers[size];
+    private static NativeTarget targetOf(Framebuffer framebuffer) {
+        return new NativeTarget(
+                framebuffer.width(),
+                framebuffer.height(),
+                framebuffer.argbOrNull(),
+                framebuffer.planeOrNull(0),
+                framebuffer.planeOrNull(1),
+                framebuffer.planeOrNull(2));
     }
 
     private static NativeUpdate nativeUpdate(UpdateHeader header) {
@@ -271,7 +187,9 @@ final class UpdateRun {
                 header.quality(), header.x(), header.y(), header.width(), header.height());
     }
 
-    private static int wholeMacroblocks(int pixels) {
-        return (pixels + MACROBLOCK - 1) / MACROBLOCK * MACROBLOCK;
+    private UpdateTrace.Outcome outcome(UpdateHeader header, long decodeNanos, String failure) {
+        NativeUpdate update = nativeUpdate(header);
+        return new UpdateTrace.Outcome(
+                codec.name(), update, consumed, feedNanos, decodeNanos, failure);
     }
 }

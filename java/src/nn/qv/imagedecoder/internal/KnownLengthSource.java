@@ -4,6 +4,7 @@ import java.io.EOFException;
 import java.io.IOException;
 import java.io.InputStream;
 import java.nio.ByteBuffer;
+import java.nio.channels.Channels;
 import java.nio.channels.ReadableByteChannel;
 
 /**
@@ -17,29 +18,20 @@ public final class KnownLengthSource implements ByteSource {
         this.bytes = new BufferSource(bytes);
     }
 
-    /** Reads the update. */
+    /** Reads the update. Its length may be a lie: there is memory for what comes, not for that. */
     public static KnownLengthSource of(InputStream in, int length) throws IOException {
         byte[] bytes = in.readNBytes(length);
         if (bytes.length < length) {
-            throw ended(bytes.length, length);
+            throw new EOFException(
+                    "The stream ended after " + bytes.length + " of " + length + " bytes");
         }
         return new KnownLengthSource(ByteBuffer.wrap(bytes));
     }
 
-    /** Reads the update. */
+    /** Reads the update, likewise. */
     public static KnownLengthSource of(ReadableByteChannel channel, int length)
             throws IOException {
-        ByteBuffer bytes = ByteBuffer.allocate(length);
-        while (bytes.hasRemaining()) {
-            if (channel.read(bytes) < 0) {
-                throw ended(bytes.position(), length);
-            }
-        }
-        return new KnownLengthSource(bytes.flip());
-    }
-
-    private static EOFException ended(int found, int length) {
-        return new EOFException("The stream ended after " + found + " of " + length + " bytes");
+        return of(Channels.newInputStream(channel), length);
     }
 
     @Override

@@ -7,8 +7,11 @@ import java.nio.channels.FileChannel;
 import java.nio.charset.StandardCharsets;
 import java.nio.file.Path;
 import java.nio.file.StandardOpenOption;
+import java.nio.file.attribute.FileAttribute;
+import java.nio.file.attribute.PosixFilePermissions;
 import java.util.ArrayList;
 import java.util.List;
+import java.util.Set;
 
 /**
  * Appends to a recording, one whole record at a time, so that what is on disk can always be read up
@@ -18,14 +21,20 @@ public final class RecordingWriter implements Closeable {
     /** What an index knows of an update. */
     private record Entry(long offset, long timeMicros) {}
 
+    /** What was on the screen is not for the other users of the machine. */
+    private static final FileAttribute<?> OWNER_ONLY =
+            PosixFilePermissions.asFileAttribute(PosixFilePermissions.fromString("rw-------"));
+
+    private static final Set<StandardOpenOption> NEW_FILE =
+            Set.of(StandardOpenOption.CREATE_NEW, StandardOpenOption.WRITE);
+
     private final FileChannel channel;
     private final List<Entry> index = new ArrayList<>();
     private long offset;
 
     /** Begins a file, which must not exist yet. */
     public RecordingWriter(Path file) throws IOException {
-        channel =
-                FileChannel.open(file, StandardOpenOption.CREATE_NEW, StandardOpenOption.WRITE);
+        channel = FileChannel.open(file, NEW_FILE, OWNER_ONLY);
     }
 
     /** Writes the header, of which the first bytes and the CRC are added here. */

@@ -47,7 +47,7 @@ public final class UpdateFeed extends NativeImageDecodingHelper {
         }
     }
 
-    /** What the source threw, null if it did not. */
+    /** What the source threw, or an error from the log; null if there was none. */
     public Throwable failure() {
         return failure;
     }
@@ -96,6 +96,8 @@ public final class UpdateFeed extends NativeImageDecodingHelper {
             LOGGER.log(decoding ? Level.WARNING : Level.DEBUG, line);
         } catch (RuntimeException e) {
             // A broken log handler must not end the update, let alone the process.
+        } catch (Error e) {
+            failure = e; // Thrown once the native method has returned.
         }
     }
 

@@ -1,6 +1,8 @@
 package nn.qv.tests;
 
+import com.sun.management.ThreadMXBean;
 import java.io.IOException;
+import java.lang.management.ManagementFactory;
 import java.nio.file.Path;
 import java.util.List;
 import jdk.jfr.Recording;
@@ -12,11 +14,13 @@ import nn.qv.imagedecoder.Framebuffer;
 import nn.qv.imagedecoder.ScreenDecoder;
 import nn.qv.imagedecoder.UpdateException;
 import nn.qv.imagedecoder.UpdateHeader;
+import nn.qv.imagedecoder.internal.UpdateTrace;
 
 /** The flight recorder's events of updates. */
 final class FlightTest {
     private static final UpdateHeader HEADER = new UpdateHeader(16, 0, 32, 16, 7);
     private static final byte[] UNCHANGED = {-1, -1};
+    private static final int UPDATES = 10_000;
 
     private FlightTest() {}
 
@@ -24,6 +28,7 @@ final class FlightTest {
         LogCapture.begin();
         TestRun run = new TestRun();
         run.test("each update is an event while a flight recording runs", FlightTest::events);
+        run.test("while nobody listens, asking for one makes no object", FlightTest::idle);
         run.finish();
     }
 
@@ -48,6 +53,22 @@ final class FlightTest {
                 recording.dump(file);
             }
             expectEvents(RecordingFile.readAllEvents(file));
+        }
+    }
+
+    private static void idle() {
+        UpdateTrace trace = UpdateTrace.create();
+        ThreadMXBean threads = (ThreadMXBean) ManagementFactory.getThreadMXBean();
+        ask(trace, 1); // Whatever is made once.
+        long before = threads.getCurrentThreadAllocatedBytes();
+        ask(trace, UPDATES);
+        long bytes = threads.getCurrentThreadAllocatedBytes() - before;
+        TestRun.expect(bytes < UPDATES, bytes + " bytes");
+    }
+
+    private static void ask(UpdateTrace trace, int updates) {
+        for (int i = 0; i < updates; i++) {
+            TestRun.expect(trace.begin() == null, "an event although nobody listens");
         }
     }
 

@@ -45,6 +45,7 @@ final class GivingBackTest {
         run.test("a stream stands behind the update for every cut near its end", tests::streams);
         run.test("a channel's buffer does, too", tests::channels);
         run.test("the picture is that of an update in one piece", tests::pictures);
+        run.test("nothing is missing where nothing follows the update", tests::endings);
         run.finish();
     }
 
@@ -154,6 +155,25 @@ final class GivingBackTest {
                     Framebuffer pieces = framebuffer(update);
                     decoder.decode(update.update().header(), in, pieces);
                     TestRun.expectEqual(whole.pixels(), pieces.pixels(), describe(update, cut));
+                }
+            }
+        }
+    }
+
+    /** The decoder looks for more, and takes the end for an answer. */
+    private void endings() throws IOException {
+        for (LookingAhead update : updates) {
+            byte[] own = Arrays.copyOf(update.update().data(), update.bytes());
+            try (ScreenDecoder decoder = open(update)) {
+                Framebuffer whole = framebuffer(update);
+                decoder.decode(update.update().header(), update.update().data(), whole);
+                for (int piece = 1; piece <= Math.min(MOST_PIECE, own.length); piece++) {
+                    PieceStream in = new PieceStream(own, 0, piece);
+                    Framebuffer ending = framebuffer(update);
+                    decoder.decode(update.update().header(), in, ending);
+                    String where = update.life().name() + " in pieces of " + piece;
+                    TestRun.expectEqual(whole.pixels(), ending.pixels(), where);
+                    TestRun.expectEqual(own.length, in.position(), where);
                 }
             }
         }

@@ -2,6 +2,8 @@ package nn.qv.tests;
 
 import java.io.IOException;
 import java.lang.ref.WeakReference;
+import java.nio.file.Files;
+import java.nio.file.Path;
 import java.util.ArrayList;
 import java.util.List;
 import java.util.concurrent.TimeUnit;
@@ -35,6 +37,9 @@ final class LeakTest {
         run.test(
                 "forgotten decoders give back threads, native memory and JNI references",
                 () -> new LeakTest().forget());
+        run.test(
+                "a forgotten decoder ends its recording as close() would",
+                () -> new LeakTest().forgetRecording());
         run.test("a decoder that is being used is not collected", () -> new LeakTest().use());
         run.finish();
     }
@@ -66,6 +71,30 @@ final class LeakTest {
                 ProcessState.globalReferences() <= references,
                 ProcessState.globalReferences() + " references, not " + references);
         forgotten.forEach(decoder -> TestRun.expect(decoder.get() == null, "a decoder is left"));
+    }
+
+    private void forgetRecording() throws Exception {
+        try (Scratch scratch = Scratch.make()) {
+            Path closed = scratch.resolve("closed.rcrec");
+            Path forgotten = scratch.resolve("forgotten.rcrec");
+            record(closed).close();
+            record(forgotten);
+            TestRun.expect(Files.size(closed) > Files.size(forgotten), "ended too early");
+            long deadline = System.nanoTime() + TimeUnit.SECONDS.toNanos(SECONDS);
+            while (Files.size(forgotten) < Files.size(closed) && System.nanoTime() < deadline) {
+                System.gc();
+                Thread.sleep(50);
+            }
+            TestRun.expectEqual(Files.size(closed), Files.size(forgotten), "size with an index");
+        }
+    }
+
+    /** Not closed yet. */
+    private ScreenDecoder record(Path file) throws IOException {
+        ScreenDecoder decoder =
+                ScreenDecoder.open(DecoderOptions.builder(Codec.ICT).record(file).build());
+        decoder.decode(header(), UNCHANGED, framebuffer);
+        return decoder;
     }
 
     private void use() throws IOException {

@@ -1,80 +1,27 @@
 package nn.qv.tests;
 
-import java.io.IOException;
-import java.net.URI;
 import java.nio.charset.StandardCharsets;
-import java.nio.file.FileSystem;
-import java.nio.file.FileSystems;
 import java.nio.file.Files;
 import java.nio.file.Path;
-import java.nio.file.attribute.PosixFilePermissions;
 import java.util.Arrays;
 import java.util.List;
-import java.util.Map;
 
-/**
- * Where the native library is looked for, and what is said when it is not to be had, in JVMs of
- * their own. Arguments: the jar, the jar of the tests, the shared object, one that speaks another
- * version of the interface.
- */
-final class LoadingTest {
-    private static final String PATH = "nn.qv.imagedecoder.path";
-    private static final String EXTRACT = "nn.qv.imagedecoder.extract";
-    private static final String PROBE = LoadingProbe.class.getName();
+/** Where the native library is looked for, and what is said when it is not to be had. */
+final class LoadingTest extends LoadingFixture {
     private static final int EI_CLASS = 4;
     private static final int E_MACHINE = 18;
     private static final byte AARCH64 = (byte) 183;
 
-    private final TestRun run = new TestRun();
-    private final Path jar;
-    private final Path testJar;
-    private final Path object;
-    private final Path otherVersion;
-
     private LoadingTest(String[] arguments) {
-        jar = Path.of(arguments[0]);
-        testJar = Path.of(arguments[1]);
-        object = Path.of(arguments[2]);
-        otherVersion = Path.of(arguments[3]);
+        super(arguments);
     }
 
     public static void main(String[] arguments) {
         LoadingTest tests = new LoadingTest(arguments);
         tests.places();
-        tests.extraction();
-        tests.folders();
         tests.unfitObjects();
         tests.classLoaders();
         tests.run.finish();
-    }
-
-    private interface Body {
-        void run(Scratch scratch) throws Exception;
-    }
-
-    private void test(String sentence, Body body) {
-        run.test(
-                sentence,
-                () -> {
-                    try (Scratch scratch = Scratch.make()) {
-                        body.run(scratch);
-                    }
-                });
-    }
-
-    /** A JVM that finds nothing but what the jar brings, with all its folders in the scratch. */
-    private ChildJvm bare(Scratch scratch, Path theJar) throws IOException {
-        return new ChildJvm(Path.of(System.getProperty("java.home")))
-                .property("java." + "library.path", scratch.folder("empty"))
-                .property("java.io.tmpdir", scratch.folder("tmp"))
-                .property("user.home", scratch.folder("home"))
-                .property("user.name", "tester")
-                .environment("XDG_CACHE_HOME", scratch.folder("cache"))
-                .option("-cp", theJar + ":" + testJar);
-    }
-
-    private ChildJvm bare(Scratch scratch) throws IOException {
-        return bare(scratch, jar);
     }
 
     private void places() {
@@ -111,143 +58,6 @@ final class LoadingTest {
                     Files.copy(jar, copy);
                     Files.copy(object, beside);
                     bare(scratch, copy).run(PROBE).expectSays("serves: " + beside);
-                });
-    }
-
-    private void extraction() {
-        test(
-                "the shared object in the jar is extracted to a folder for the user alone",
-                scratch -> {
-                    Path base = scratch.resolve("chosen");
-                    bare(scratch).property(EXTRACT, base).run(PROBE).expectSays("serves: " + base);
-                    Path file = onlyFile(base);
-                    TestRun.expectEqual(-1L, Files.mismatch(object, file), "first difference");
-                    String permissions =
-                            PosixFilePermissions.toString(
-                                    Files.getPosixFilePermissions(file.getParent()));
-                    TestRun.expectEqual("rwx------", permissions, "permissions");
-                });
-        test(
-                "what an earlier run extracted is used again",
-                scratch -> {
-                    bare(scratch).run(PROBE).expectStatus(0);
-                    Path file = onlyFile(scratch.resolve("cache"));
-                    Object key = Files.readAttributes(file, "unix:ino,ctime");
-                    bare(scratch).run(PROBE).expectSays("serves: " + file);
-                    TestRun.expectEqual(
-                            key, Files.readAttributes(file, "unix:ino,ctime"), "inode, time");
-                });
-        test(
-                "an extracted file with another content is replaced",
-                scratch -> {
-                    bare(scratch).run(PROBE).expectStatus(0);
-                    Path file = onlyFile(scratch.resolve("cache"));
-                    byte[] planted = Files.readAllBytes(otherVersion);
-                    Files.write(file, planted);
-                    bare(scratch).run(PROBE).expectSays("serves: " + file);
-                    TestRun.expectEqual(-1L, Files.mismatch(object, file), "first difference");
-                });
-        test(
-                "a jar whose shared object does not have its hash is said to be damaged",
-                scratch -> {
-                    Path copy = scratch.resolve("damaged.jar");
-                    Files.copy(jar, copy);
-                    spoilHash(copy);
-                    bare(scratch, copy)
-                            .run(PROBE)
-                            .expectSays("attempt: in the jar: the jar is damaged")
-                            .expectSays("attempt: System.loadLibrary")
-                            .expectSays("attempt: /usr/lib/x86_64-linux-gnu/jni/libimagedecoder.so")
-                            .expectSays("attempt: /usr/lib/jni/libimagedecoder.so: there is no")
-                            .expectSays("-Dnn.qv.imagedecoder.path=FILE");
-                });
-    }
-
-    private static void spoilHash(Path copy) throws IOException {
-        URI uri = URI.create("jar:" + copy.toUri());
-        try (FileSystem zip = FileSystems.newFileSystem(uri, Map.of())) {
-            String entry = "/nn/qv/imagedecoder/native/linux-x86_64/libimagedecoder.so.sha256";
-            Files.writeString(zip.getPath(entry), "0".repeat(64));
-        }
-    }
-
-    private static Path onlyFile(Path folder) throws IOException {
-        List<Path> files = Scratch.files(folder);
-        TestRun.expectEqual(1, files.size(), "files in " + folder);
-        return files.get(0);
-    }
-
-    private void folders() {
-        test(
-                "without a usable cache folder the one for temporary files serves",
-                scratch -> {
-                    Path noFolder = Files.createFile(scratch.resolve("file"));
-                    bare(scratch)
-                            .environment("XDG_CACHE_HOME", noFolder)
-                            .run(PROBE)
-                            .expectSays("serves: " + scratch.resolve("tmp/imagedecoder-tester"));
-                });
-        test(
-                "without XDG_CACHE_HOME the cache folder is .cache at home",
-                scratch -> {
-                    Path cache = scratch.resolve("home/.cache/imagedecoder");
-                    bare(scratch)
-                            .environment("XDG_CACHE_HOME", "")
-                            .run(PROBE)
-                            .expectSays("serves: " + cache);
-                });
-        test(
-                "a link in the place of the folder is not followed",
-                scratch -> {
-                    Path elsewhere = scratch.folder("elsewhere");
-                    Path link = scratch.folder("chosen").resolve("imagedecoder");
-                    Files.createSymbolicLink(link, elsewhere);
-                    bare(scratch)
-                            .property(EXTRACT, scratch.resolve("chosen"))
-                            .run(PROBE)
-                            .expectSays("serves: " + scratch.resolve("cache"));
-                    TestRun.expectEqual(List.of(), Scratch.files(elsewhere), "files");
-                });
-        test(
-                "a folder that others could write to is closed to them first",
-                scratch -> {
-                    Path folder = scratch.folder("chosen/imagedecoder");
-                    Files.setPosixFilePermissions(
-                            folder, PosixFilePermissions.fromString("rwxrwxrwx"));
-                    bare(scratch)
-                            .property(EXTRACT, scratch.resolve("chosen"))
-                            .run(PROBE)
-                            .expectSays("serves: " + folder);
-                    TestRun.expectEqual(
-                            "rwx------",
-                            PosixFilePermissions.toString(Files.getPosixFilePermissions(folder)),
-                            "permissions");
-                });
-        test(
-                "from a folder mounted noexec the extraction moves on to the next",
-                scratch -> {
-                    try (NoexecFolder noexec = NoexecFolder.make(scratch.path())) {
-                        bare(scratch)
-                                .within(noexec.wrapper().toArray(String[]::new))
-                                .property(EXTRACT, noexec.path())
-                                .run(PROBE)
-                                .expectSays("serves: " + scratch.resolve("cache"));
-                    }
-                });
-        test(
-                "if every folder is mounted noexec, the message says so and what to do",
-                scratch -> {
-                    try (NoexecFolder noexec = NoexecFolder.make(scratch.path())) {
-                        bare(scratch)
-                                .within(noexec.wrapper().toArray(String[]::new))
-                                .environment("XDG_CACHE_HOME", noexec.path().resolve("cache"))
-                                .property("java.io.tmpdir", noexec.path())
-                                .run(PROBE)
-                                .expectSays("mounted noexec")
-                                .expectSays("failed to map segment")
-                                .expectSays("set -D" + EXTRACT + "=FOLDER")
-                                .expectSilentOn("serves: ");
-                    }
                 });
     }
 

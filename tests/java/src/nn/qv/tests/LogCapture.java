@@ -12,6 +12,7 @@ final class LogCapture extends Handler {
     private static final Logger LOGGER = Logger.getLogger("nn.qv.imagedecoder");
 
     private final List<LogRecord> records = new ArrayList<>();
+    private Throwable broken;
 
     /** From now on, for the rest of the program. */
     static LogCapture begin() {
@@ -33,8 +34,19 @@ final class LogCapture extends Handler {
         return lines;
     }
 
+    /** From now on throws that for every line, a RuntimeException or Error; null ends it. */
+    synchronized void breakBy(Throwable thrown) {
+        broken = thrown;
+    }
+
     @Override
     public synchronized void publish(LogRecord record) {
+        if (broken instanceof RuntimeException e) {
+            throw e;
+        }
+        if (broken instanceof Error e) {
+            throw e;
+        }
         records.add(record);
     }
 

@@ -1,14 +1,19 @@
 package nn.qv.tests;
 
 import java.io.IOException;
+import java.io.Reader;
+import java.nio.file.Files;
 import java.nio.file.Path;
+import java.util.Properties;
 
 /**
- * What a JVM that guards native code says to the library, and the library to its user. Arguments:
- * the home of a JDK of at least version 24, the jar, the jar of the tests, the shared object.
+ * How the library gets along with the flags for native code, and what it says to its user in a JVM
+ * that guards it, which is one of version 24 or later. Arguments: the home of a JDK, the jar, the
+ * jar of the tests, the shared object.
  */
 final class NativeAccessTest {
     private static final String PROBE = LoadingProbe.class.getName();
+    private static final int FIRST_GUARDING = 24;
     private static final String DENY = "--illegal-native-access=deny";
     private static final String MODULE = "nn.qv.imagedecoder";
 
@@ -25,11 +30,24 @@ final class NativeAccessTest {
         object = arguments[3];
     }
 
-    public static void main(String[] arguments) {
+    public static void main(String[] arguments) throws IOException {
         NativeAccessTest tests = new NativeAccessTest(arguments);
-        tests.classPath();
-        tests.modulePath();
+        tests.enabled();
+        if (tests.guards()) {
+            tests.deniedOnClassPath();
+            tests.deniedOnModulePath();
+        }
         tests.run.finish();
+    }
+
+    /** By the JDK's own note of its version. */
+    private boolean guards() throws IOException {
+        Properties release = new Properties();
+        try (Reader in = Files.newBufferedReader(home.resolve("release"))) {
+            release.load(in);
+        }
+        String version = release.getProperty("JAVA_VERSION").replace("\"", "");
+        return Runtime.Version.parse(version).feature() >= FIRST_GUARDING;
     }
 
     private ChildJvm jvm(Scratch scratch) throws IOException {
@@ -52,7 +70,28 @@ final class NativeAccessTest {
                 });
     }
 
-    private void classPath() {
+    /** The flags are the same for every version from 17 on. */
+    private void enabled() {
+        test(
+                "enabled on the class path it is loaded without a warning",
+                scratch ->
+                        jvm(scratch)
+                                .option("--enable-native-access=ALL-UNNAMED")
+                                .option("-cp", jar + ":" + testJar)
+                                .run(PROBE)
+                                .expectSays("serves: " + object)
+                                .expectSilentOn("java.lang.System::load"));
+        test(
+                "enabled on the module path it is loaded without a warning",
+                scratch ->
+                        modular(scratch)
+                                .option("--enable-native-access=" + MODULE)
+                                .run("-cp", testJar, PROBE)
+                                .expectSays("serves: " + object)
+                                .expectSilentOn("java.lang.System::load"));
+    }
+
+    private void deniedOnClassPath() {
         String both = jar + ":" + testJar;
         test(
                 "denied on the class path, the message names the flag that is missing",
@@ -90,7 +129,7 @@ final class NativeAccessTest {
                                 .expectSilentOn("WARNING"));
     }
 
-    private void modulePath() {
+    private void deniedOnModulePath() {
         test(
                 "denied on the module path, the message names the module",
                 scratch ->

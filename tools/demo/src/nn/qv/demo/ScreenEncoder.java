@@ -33,7 +33,8 @@ record ScreenEncoder(Path program, Path screens) {
         int version = run.options().protocolVersion().ordinal();
         List<String> command = new ArrayList<>();
         command.add(program.toString());
-        command.addAll(List.of("encode", "--quiet", "--output", recording.toString()));
+        command.addAll(
+                List.of("encode", "--quiet", "--force", "--output", recording.toString()));
         command.addAll(List.of("--codec", run.codecName(), "--chroma", run.chromaName()));
         command.addAll(List.of("--protocol", "" + version));
         command.addAll(List.of("--quality", "" + run.quality()));

@@ -9,6 +9,26 @@ import java.nio.Buffer;
  * <p>Handles, ownership and threads follow the rules of {@link NativeImageDecodingHelper}. A
  * decoder keeps state from update to update, so a viewer makes one for a connection and gives it
  * the updates in the order in which they arrive.
+ *
+ * <pre>{@code
+ * long logger = feed.createLogger();
+ * long stream = feed.createStreambuffer(logger);
+ * long renderer = NativeImageDecodingHelper.createRCRenderer(logger);
+ * int threads = 2, protocolVersion = 2, chromaSubsampling = 0;
+ * long decoder = ImageDecoderICTNative.createImageDecoder(
+ *         renderer, stream, logger, threads, protocolVersion, chromaSubsampling);
+ *
+ * byte[] transfer = new byte[65536];
+ * ByteBuffer argb = ByteBuffer.allocateDirect(4 * 1024 * 768).order(ByteOrder.nativeOrder());
+ * long changed = ImageDecoderICTNative.performICT(
+ *         transfer.length, argb, null, null, null, transfer, quality, 1024, 768, 0, 0,
+ *         x, y, width, height, stream, renderer, decoder, logger);
+ *
+ * ImageDecoderICTNative.deleteImageDecoder(decoder);
+ * NativeImageDecodingHelper.deleteStreambuffer(stream);
+ * NativeImageDecodingHelper.deleteRCRenderer(renderer);
+ * NativeImageDecodingHelper.deleteLogger(logger);
+ * }</pre>
  */
 public final class ImageDecoderICTNative {
     private ImageDecoderICTNative() {}

@@ -22,6 +22,29 @@ import java.io.IOException;
  * <p><b>Threads.</b> Any thread may call, but only one at a time per logger, stream buffer,
  * renderer and decoder. {@code print}, {@code read} and {@code stall} run on the thread that called
  * the native method, never on a thread of the library.
+ *
+ * <pre>{@code
+ * class Feed extends NativeImageDecodingHelper {
+ *     private ByteBuffer received; // all that has come and not been used yet
+ *
+ *     @Override
+ *     protected void print(String line) {
+ *         System.out.println(line);
+ *     }
+ *
+ *     @Override
+ *     protected int read(byte[] target, int capacity) {
+ *         int count = Math.min(capacity, received.remaining());
+ *         received.get(target, 0, count);
+ *         return count;
+ *     }
+ *
+ *     @Override
+ *     protected void stall(byte[] source, int offset, int count) {
+ *         received.position(received.position() - count);
+ *     }
+ * }
+ * }</pre>
  */
 public abstract class NativeImageDecodingHelper {
     /** For the viewer's derived class. */
