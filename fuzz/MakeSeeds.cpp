@@ -1,14 +1,16 @@
-// Writes seeds for the update, tile and plane harnesses: small pictures from the encoders in
-// every version, subsampling, layout and a range of qualities.
+// Writes seeds for the update, walk, tile, plane and recording harnesses: small pictures from the
+// encoders in every version, subsampling, layout and a range of qualities.
 
 #include "fuzz/UpdateInput.h"
 #include "tests/model/ModelLbe.h"
 #include "tools/IctEncoder.h"
 #include "tools/LbeEncoder.h"
+#include "tools/recording/RecordingWriter.h"
 
 #include <filesystem>
 #include <fstream>
 #include <memory>
+#include <sstream>
 #include <string>
 
 namespace Vostrel::fuzz {
@@ -124,6 +126,39 @@ std::vector<uint8_t> PlaneInput(const FuzzedLife& life) {
     return bytes;
 }
 
+/// A recording with a record of every kind, closed or not.
+std::vector<uint8_t> RecordingInput(const Seed& seed, const UpdateFormat& format, unsigned number) {
+    recording::Header header;
+    header.m_codec = format.m_codec;
+    header.m_uiProtocolVersion = static_cast<uint8_t>(format.m_uiProtocolVersion);
+    header.m_chroma = static_cast<ChromaSubsampling>(seed.m_life.Chroma());
+    header.m_layout = format.m_layout;
+    header.m_settings.m_uiWidth = 8;
+    header.m_settings.m_uiHeight = 4;
+    header.m_uiThreads = seed.m_life.m_uiThreads;
+    auto out = std::make_unique<std::ostringstream>();
+    const std::ostringstream& memory = *out;
+    recording::RecordingWriter writer(std::move(out), header);
+    constexpr size_t PictureBytes = 8 * 4 * 4;
+    writer.Write(recording::RecordedPicture{std::vector<uint8_t>(PictureBytes, 0x40)});
+    recording::RecordedUpdate update;
+    update.m_encoded = seed.m_first;
+    update.m_result = number % 2 == 0 ? std::optional(recording::FailedResult) : std::nullopt;
+    writer.Write(update);
+    recording::Settings settings = header.m_settings;
+    settings.m_uiContrast = static_cast<uint8_t>(number % 101);
+    writer.Write(settings);
+    update.m_encoded = seed.m_second;
+    update.m_uiTime = number;
+    update.m_coverage = static_cast<recording::Coverage>(number % 3);
+    writer.Write(update);
+    writer.Write(recording::Note{"seed"});
+    if (number % 4 != 0)
+        writer.Close();
+    const std::string text = memory.str();
+    return {text.begin(), text.end()};
+}
+
 void MakeAll(const fs::path& folder) {
     unsigned number = 0;
     for (const Codec codec : {Codec::Ict, Codec::Lbe}) {
@@ -141,8 +176,12 @@ void MakeAll(const fs::path& folder) {
                         const Seed seed =
                             MakeSeed(format, static_cast<ChromaSubsampling>(chroma), ++number);
                         Write(folder / (name + "Update"), WriteLife(seed.m_life), number);
+                        Write(folder / (name + "Walk"), WriteLife(seed.m_life), number);
                         if (number % 8 == 0)
                             Write(folder / (name + "Rows"), WriteLife(seed.m_life), number);
+                        if (number % 8 == 1)
+                            Write(folder / "Recording", RecordingInput(seed, format, number),
+                                  number);
                         if (codec == Codec::Ict && version == 1)
                             Write(folder / "Tile", TileInput(seed.m_life), number);
                         if (codec == Codec::Lbe && version == 1)

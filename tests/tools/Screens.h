@@ -9,7 +9,7 @@ namespace Vostrel::streamencoder {
 
 /// One of the bundled screens, e.g. "console-720x400-00".
 inline Picture Screen(const std::string& name) {
-    return ReadPng(std::string(TEST_DATA_DIR) + "/screens/" + name + ".png");
+    return ReadPng(TEST_DATA_DIR "/screens/" + name + ".png");
 }
 
 /// A part of a picture.

@@ -40,6 +40,7 @@ struct Work {
     std::vector<streamencoder::EncodedUpdate> m_vUpdates;
     size_t m_uiPixels = 0; ///< of all rectangles
     size_t m_uiCoded = 0;  ///< macroblocks
+    size_t m_uiRecordedFailures = 0;
 };
 
 Work Load(RecordingReader& reader) {
@@ -56,6 +57,7 @@ Work Load(RecordingReader& reader) {
         work.m_uiPixels += size_t{area.m_uiWidth} * area.m_uiHeight;
         if (const auto end = streamWalker.Walk(update->m_encoded, nobody))
             work.m_uiCoded += end->m_uiCoded;
+        work.m_uiRecordedFailures += update->m_result == recording::FailedResult ? 1 : 0;
         work.m_vUpdates.push_back(std::move(update->m_encoded));
     }
     if (work.m_vUpdates.empty())
@@ -138,11 +140,8 @@ int Bench(const BenchRequest& request) {
     }
     const Figures figures = FiguresOf(times, work);
     (request.m_bJson ? PrintJson : PrintText)(figures, work, request, player);
-    if (failures != 0) {
-        std::fprintf(stderr, "rctool: %zu updates fail\n", failures);
-        return UpdateFailed;
-    }
-    return ReportEnd(request.m_recording, reader.GetEnd());
+    const int end = ReportEnd(request.m_recording, reader.GetEnd());
+    return ReportFailures(failures, work.m_uiRecordedFailures) ? int{UpdateFailed} : end;
 }
 
 } // namespace

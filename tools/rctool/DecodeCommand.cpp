@@ -1,6 +1,7 @@
 #include "tools/rctool/Commands.h"
 #include "tools/rctool/FrameTimes.h"
 #include "tools/rctool/Options.h"
+#include "tools/rctool/OutputFile.h"
 #include "tools/rctool/PictureFile.h"
 #include "tools/rctool/StopWatch.h"
 
@@ -24,7 +25,8 @@ namespace {
 struct DecodeRequest {
     std::string m_recording;
     std::string m_output;
-    PictureFormat m_format = PictureFormat::Png;
+    std::optional<PictureFormat> m_format; ///< that of the output's name without it
+    bool m_bForce = false;
     bool m_bEveryPicture = false;
     bool m_bVerify = false;
     std::string m_frameTimes;
@@ -43,9 +45,10 @@ void Describe(CLI::App& app, DecodeRequest& request) {
                               {"argb", PictureFormat::Argb},
                               {"planes", PictureFormat::Planes}},
                              "png, ppm, argb (blue, green, red, alpha bytes) or\n"
-                             "planes (Y, Cb, Cr; ict only) [png]");
+                             "planes (Y, Cb, Cr; ict only) [FILE's extension, or png]");
     app.add_flag("--all", request.m_bEveryPicture,
                  "a picture after every update: FILE-00000.png and so on");
+    AddForce(app, request.m_bForce);
     app.add_flag("--verify", request.m_bVerify,
                  "compare results and checksums with the recorded ones");
     app.add_option("--frametimes", request.m_frameTimes,
@@ -56,17 +59,21 @@ void Describe(CLI::App& app, DecodeRequest& request) {
     app.add_flag("--quiet", request.m_bQuiet, "print nothing but errors");
 }
 
+PictureFormat ShownFormat(const DecodeRequest& request) {
+    return request.m_format.value_or(FormatOf(request.m_output));
+}
+
 Target TargetOf(const DecodeRequest& request) {
     if (request.m_output.empty())
         return Target::AsRecorded;
-    return request.m_format == PictureFormat::Planes ? Target::ScreenPlanes : Target::Argb;
+    return ShownFormat(request) == PictureFormat::Planes ? Target::ScreenPlanes : Target::Argb;
 }
 
 /// Decodes a recording and keeps account of what differs from it.
 class Decoding {
 public:
     Decoding(const DecodeRequest& request, const recording::Header& header)
-        : m_request(request), m_frameTimes(request.m_frameTimes),
+        : m_request(request), m_frameTimes(request.m_frameTimes, request.m_bForce),
           m_player(header, {request.m_decoding.m_threads, request.m_decoding.m_kernels,
                             TargetOf(request)}) {
         if (request.m_bVerify)
@@ -78,6 +85,7 @@ public:
 private:
     void CheckThatChecksumsHold(const recording::Header& header) const;
     void Show(const RecordedUpdate& update);
+    void WriteShown(const std::string& path) const;
     void WaitFor(const RecordedUpdate& update) const;
     void Judge(const RecordedUpdate& update, const PlayedUpdate& played);
     void Verify(const RecordedUpdate& update, const PlayedUpdate& played);
@@ -117,7 +125,7 @@ int Decoding::Run(RecordingReader& reader) {
         return true;
     });
     if (!m_request.m_output.empty() && !m_request.m_bEveryPicture)
-        WritePicture(m_request.m_output, m_request.m_format, m_player.GetFramebuffer());
+        WriteShown(m_request.m_output);
     m_frameTimes.Close();
     if (!m_request.m_bQuiet && m_request.m_frameTimes != StandardOutput)
         PrintSummary();
@@ -134,8 +142,11 @@ void Decoding::Show(const RecordedUpdate& update) {
     m_frameTimes.Add(m_uiUpdates, update, played, watch.Elapsed());
     Judge(update, played);
     if (!m_request.m_output.empty() && m_request.m_bEveryPicture)
-        WritePicture(NumberedPath(m_request.m_output, m_uiUpdates), m_request.m_format,
-                     m_player.GetFramebuffer());
+        WriteShown(NumberedPath(m_request.m_output, m_uiUpdates));
+}
+
+void Decoding::WriteShown(const std::string& path) const {
+    WritePicture(path, ShownFormat(m_request), m_player.GetFramebuffer(), m_request.m_bForce);
 }
 
 void Decoding::Judge(const RecordedUpdate& update, const PlayedUpdate& played) {
@@ -191,6 +202,8 @@ int Decode(const DecodeRequest& request) {
         throw std::invalid_argument("--all needs --output");
     RecordingReader reader(request.m_recording);
     Decoding decoding(request, reader.GetHeader());
+    if (!request.m_output.empty() && !request.m_bEveryPicture)
+        CheckOutput(request.m_output, request.m_bForce); // Replaying may take long.
     const int outcome = decoding.Run(reader);
     const int end = ReportEnd(request.m_recording, reader.GetEnd());
     return outcome != Done ? outcome : end;

@@ -3,8 +3,8 @@
 #include "tools/PngFile.h"
 #include "tools/rctool/Commands.h"
 #include "tools/rctool/Options.h"
-#include "tools/recording/Player.h"
-#include "tools/recording/RecordingWriter.h"
+#include "tools/rctool/OutputFile.h"
+#include "tools/rctool/Recorder.h"
 
 #include <cstdio>
 #include <stdexcept>
@@ -12,9 +12,6 @@
 namespace Vostrel::rctool {
 
 using namespace streamencoder;
-using recording::Player;
-using recording::RecordedUpdate;
-using recording::RecordingWriter;
 
 namespace {
 
@@ -24,11 +21,15 @@ constexpr uint32_t DefaultQualityOfLbeVersion0 = 7;
 struct EncodeRequest {
     std::vector<std::string> m_vFrames;
     std::string m_output;
-    UpdateFormat m_format;
-    ChromaSubsampling m_chroma = ChromaSubsampling::Yuv420;
+    std::optional<Codec> m_codec;
+    std::optional<uint8_t> m_protocol;
+    std::optional<ChromaSubsampling> m_chroma;
+    std::optional<RecordLayout> m_layout;
     std::optional<uint32_t> m_quality;
     double m_fFramesPerSecond = 25;
     bool m_bWithoutChecksums = false;
+    bool m_bAppend = false;
+    bool m_bForce = false;
     bool m_bQuiet = false;
 };
 
@@ -39,65 +40,62 @@ void Describe(CLI::App& app, EncodeRequest& request) {
     app.add_option("-o,--output", request.m_output, "recording to write (.rcrec)")
         ->required()
         ->type_name("FILE");
-    AddChoice<Codec>(app, "--codec", request.m_format.m_codec,
-                     {{"ict", Codec::Ict}, {"lbe", Codec::Lbe}}, "ict or lbe [ict]");
-    app.add_option("--protocol", request.m_format.m_uiProtocolVersion, "version 0, 1 or 2 [2]")
-        ->type_name("N")
-        ->check(CLI::Range(0, 2).description(""));
+    app.add_flag("--append", request.m_bAppend,
+                 "go on with a recording, with its format and frame size");
+    AddForce(app, request.m_bForce, "replace the file; with --append, drop its bad end");
+    AddChoice<Codec>(app, "--codec", request.m_codec, {{"ict", Codec::Ict}, {"lbe", Codec::Lbe}},
+                     "ict or lbe [ict]");
+    AddChoice<uint8_t>(app, "--protocol", request.m_protocol, {{"0", 0}, {"1", 1}, {"2", 2}},
+                       "version 0, 1 or 2 [2]")
+        ->type_name("N");
     AddChoice<ChromaSubsampling>(app, "--chroma", request.m_chroma,
                                  {{"420", ChromaSubsampling::Yuv420},
                                   {"422", ChromaSubsampling::Yuv422},
                                   {"444", ChromaSubsampling::Yuv444}},
                                  "subsampling 420, 422 or 444 [420]");
-    app.add_option("--quality", request.m_quality,
-                   "ict: 0 (coarse) to 15 (fine) [10]; lbe: 2 to 11\n"
-                   "[10], in version 0 2 to 7 [7]")
-        ->type_name("N");
-    AddChoice<RecordLayout>(app, "--layout", request.m_format.m_layout,
+    AddChoice<RecordLayout>(app, "--layout", request.m_layout,
                             {{"continuous", RecordLayout::Continuous},
                              {"pool", RecordLayout::Pool},
                              {"inplace", RecordLayout::InPlace}},
                             "for a decoder with threads: pool, without: continuous,\n"
                             "both: inplace [pool]");
+    app.add_option("--quality", request.m_quality,
+                   "ict: 0 (coarse) to 15 (fine) [10]; lbe: 2 to 11\n"
+                   "[10], in version 0 2 to 7 [7]")
+        ->type_name("N");
     app.add_option("--fps", request.m_fFramesPerSecond, "frames a second [25]")
         ->type_name("X")
         ->check(CLI::Range(0.001, 1e6).description(""));
     app.add_flag("--no-checksums", request.m_bWithoutChecksums,
                  "do not decode to take checksums of the pictures");
     app.add_flag("--quiet", request.m_bQuiet, "print nothing but errors");
-    app.footer("Blocks that equal the frame before are skipped.");
 }
 
-std::unique_ptr<UpdateEncoder> MakeEncoder(const EncodeRequest& request) {
-    if (request.m_format.m_codec == Codec::Ict)
-        return std::make_unique<IctEncoder>(request.m_format, request.m_chroma,
-                                            request.m_quality.value_or(DefaultQuality));
-    const bool fewQualities = request.m_format.m_uiProtocolVersion == 0;
-    return std::make_unique<LbeEncoder>(
-        request.m_format, request.m_chroma,
-        request.m_quality.value_or(fewQualities ? DefaultQualityOfLbeVersion0 : DefaultQuality));
-}
-
-recording::Header HeaderFor(const EncodeRequest& request, const Picture& picture) {
+recording::Header HeaderFor(const EncodeRequest& request) {
+    const Picture picture = ReadPng(request.m_vFrames.front());
     recording::Header header;
-    header.m_codec = request.m_format.m_codec;
-    header.m_uiProtocolVersion = static_cast<uint8_t>(request.m_format.m_uiProtocolVersion);
-    header.m_chroma = request.m_chroma;
-    header.m_layout = request.m_format.m_layout;
+    header.m_codec = request.m_codec.value_or(header.m_codec);
+    header.m_uiProtocolVersion = request.m_protocol.value_or(header.m_uiProtocolVersion);
+    header.m_chroma = request.m_chroma.value_or(header.m_chroma);
+    header.m_layout = request.m_layout.value_or(header.m_layout);
     header.m_settings.m_uiWidth = static_cast<uint16_t>(picture.m_uiWidth);
     header.m_settings.m_uiHeight = static_cast<uint16_t>(picture.m_uiHeight);
     return header;
 }
 
-/// Adds what a decoder makes of the update.
-void AddChecksum(Player& player, RecordedUpdate& update) {
-    const auto played = player.Play(update.m_encoded);
-    if (!played.m_failure.empty())
-        throw std::runtime_error("An update cannot be decoded: " + played.m_failure);
-    update.m_result = played.m_uiResult;
-    update.m_coverage = recording::Coverage::Framebuffer;
-    update.m_uiPictureCrc =
-        player.GetFramebuffer().GetCrc(update.m_coverage, update.m_encoded.m_rectangle);
+std::unique_ptr<UpdateEncoder> MakeEncoder(const recording::Header& header,
+                                           std::optional<uint32_t> quality) {
+    UpdateFormat format;
+    format.m_codec = header.m_codec;
+    format.m_uiProtocolVersion = header.m_uiProtocolVersion;
+    format.m_layout = header.m_layout;
+    if (format.m_codec == Codec::Ict)
+        return std::make_unique<IctEncoder>(format, header.m_chroma,
+                                            quality.value_or(DefaultQuality));
+    const bool fewQualities = format.m_uiProtocolVersion == 0;
+    return std::make_unique<LbeEncoder>(
+        format, header.m_chroma,
+        quality.value_or(fewQualities ? DefaultQualityOfLbeVersion0 : DefaultQuality));
 }
 
 void PrintUpdate(const std::string& frame, const Picture& picture, const EncodedUpdate& update) {
@@ -116,32 +114,50 @@ EncodedUpdate EncodeFrame(UpdateEncoder& encoder, const std::string& frame, cons
     }
 }
 
-int Encode(const EncodeRequest& request) {
-    const auto encoder = MakeEncoder(request);
-    std::unique_ptr<RecordingWriter> writer;
-    std::unique_ptr<Player> player;
-    Picture previous;
-    double time = 0;
+/// An update of another size would not fail: a rectangle may overhang.
+void CheckSize(const std::string& frame, const Picture& picture,
+               const recording::Settings& settings) {
+    if (picture.m_uiWidth != settings.m_uiWidth || picture.m_uiHeight != settings.m_uiHeight)
+        throw std::runtime_error(frame + ": The recording's frames have " +
+                                 std::to_string(settings.m_uiWidth) + " x " +
+                                 std::to_string(settings.m_uiHeight) + " pixels");
+}
+
+/// The first frame is coded whole, whatever the recording showed before.
+void EncodeFrames(const EncodeRequest& request, Recorder& recorder) {
+    const auto encoder = MakeEncoder(recorder.GetHeader(), request.m_quality);
+    const double period = 1e6 / request.m_fFramesPerSecond;
+    double time = recorder.GetTime() ? static_cast<double>(*recorder.GetTime()) + period : 0;
+    std::optional<Picture> previous;
     for (const std::string& frame : request.m_vFrames) {
         Picture picture = ReadPng(frame);
-        RecordedUpdate update;
-        update.m_encoded = EncodeFrame(*encoder, frame, picture, writer ? &previous : nullptr);
-        update.m_uiTime = static_cast<uint64_t>(time);
-        if (!writer) {
-            recording::Header header = HeaderFor(request, picture);
-            player = std::make_unique<Player>(header, recording::PlayerOptions{});
-            header.m_uiThreads = player->GetThreads();
-            writer = std::make_unique<RecordingWriter>(request.m_output, header);
-        }
-        if (!request.m_bWithoutChecksums)
-            AddChecksum(*player, update);
-        writer->Write(update);
+        const EncodedUpdate update =
+            EncodeFrame(*encoder, frame, picture, previous ? &*previous : nullptr);
+        CheckSize(frame, picture, recorder.GetHeader().m_settings);
+        recorder.Write(update, static_cast<uint64_t>(time), !request.m_bWithoutChecksums);
         if (!request.m_bQuiet)
-            PrintUpdate(frame, picture, update.m_encoded);
+            PrintUpdate(frame, picture, update);
         previous = std::move(picture);
-        time += 1e6 / request.m_fFramesPerSecond;
+        time += period;
     }
-    writer->Close();
+    recorder.Close();
+}
+
+int Encode(const EncodeRequest& request) {
+    if (request.m_bAppend) {
+        if (request.m_codec || request.m_protocol || request.m_chroma || request.m_layout)
+            throw std::invalid_argument("--append takes codec, protocol, chroma and layout from "
+                                        "the recording");
+        Recorder recorder(request.m_output, request.m_bForce);
+        EncodeFrames(request, recorder);
+        return Done;
+    }
+    const recording::Header header = HeaderFor(request);
+    MakeEncoder(header, request.m_quality); // Refuses a wrong quality before there is a file.
+    WriteWhole(request.m_output, request.m_bForce, [&](const std::string& path) {
+        Recorder recorder(path, header);
+        EncodeFrames(request, recorder);
+    });
     return Done;
 }
 

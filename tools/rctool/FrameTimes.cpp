@@ -9,12 +9,13 @@
 
 namespace Vostrel::rctool {
 
-FrameTimes::FrameTimes(const std::string& path) : m_path(path) {
+FrameTimes::FrameTimes(const std::string& path, bool replace) : m_path(path) {
     if (path.empty())
         return;
     m_pOut = &std::cout;
     if (path != StandardOutput) {
-        m_file.open(path);
+        m_output.emplace(path, replace);
+        m_file.open(m_output->GetPath());
         m_pOut = &m_file;
     }
     if (!*m_pOut)
@@ -36,8 +37,12 @@ void FrameTimes::Add(size_t number, const recording::RecordedUpdate& update,
 }
 
 void FrameTimes::Close() {
-    if (m_pOut != nullptr && !m_pOut->flush())
+    if (m_pOut == nullptr)
+        return;
+    if (!m_pOut->flush())
         throw std::runtime_error(m_path + ": The frame times could not be written");
+    if (m_output)
+        m_output->Commit();
 }
 
 } // namespace Vostrel::rctool

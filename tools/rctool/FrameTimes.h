@@ -1,10 +1,12 @@
 #pragma once
 
+#include "tools/rctool/OutputFile.h"
 #include "tools/rctool/StopWatch.h"
 #include "tools/recording/Player.h"
 
 #include <fstream>
 #include <iosfwd>
+#include <optional>
 #include <string>
 
 namespace Vostrel::rctool {
@@ -13,17 +15,18 @@ namespace Vostrel::rctool {
 class FrameTimes {
 public:
     /// Writes to a file, to the standard output, or nowhere for an empty path. Throws
-    /// std::runtime_error.
-    explicit FrameTimes(const std::string& path);
+    /// std::runtime_error, also for a file that exists, unless it is to be replaced.
+    FrameTimes(const std::string& path, bool replace);
 
     void Add(size_t number, const recording::RecordedUpdate& update,
              const recording::PlayedUpdate& played, const WorkTime& time);
 
-    /// Throws std::runtime_error when not all could be written.
+    /// Without it there will be no file. Throws std::runtime_error when not all could be written.
     void Close();
 
 private:
     std::string m_path;
+    std::optional<OutputFile> m_output;
     std::ofstream m_file;
     std::ostream* m_pOut = nullptr;
 };

@@ -2,6 +2,7 @@
 #include "tools/rctool/Commands.h"
 #include "tools/rctool/Heatmap.h"
 #include "tools/rctool/Options.h"
+#include "tools/rctool/OutputFile.h"
 #include "tools/walker/StreamWalker.h"
 
 #include <cstdio>
@@ -20,6 +21,7 @@ struct HeatmapRequest {
     std::string m_output;
     std::optional<size_t> m_update;
     HeatmapKind m_kind = HeatmapKind::Bits;
+    bool m_bForce = false;
     bool m_bQuiet = false;
 };
 
@@ -34,6 +36,7 @@ void Describe(CLI::App& app, HeatmapRequest& request) {
                            {{"bits", HeatmapKind::Bits}, {"changes", HeatmapKind::Changes}},
                            "bits: what the macroblocks took;\n"
                            "changes: how often they were coded [bits]");
+    AddForce(app, request.m_bForce);
     app.add_flag("--quiet", request.m_bQuiet, "print nothing but errors");
     app.footer("The picture in grey, coloured from blue (little) to red (the most) where\n"
                "macroblocks were coded. A line frames every area of coded macroblocks.");
@@ -45,12 +48,17 @@ int MakeHeatmap(const HeatmapRequest& request) {
     recording::PlayerOptions options;
     options.m_target = recording::Target::Argb;
     Player player(header, options);
-    const walker::StreamWalker streamWalker(WalkFormatOf(header));
+    walker::StreamWalker streamWalker(WalkFormatOf(header));
     size_t number = 0;
+    size_t failures = 0;
+    size_t recordedFailures = 0;
     Heatmap heatmap(header.m_settings.m_uiWidth, header.m_settings.m_uiHeight, request.m_kind);
     ForEachUpdate(reader, player, [&](const RecordedUpdate& update) {
-        player.Play(update.m_encoded);
-        heatmap.UseSize(player.GetFramebuffer().GetWidth(), player.GetFramebuffer().GetHeight());
+        failures += player.Play(update.m_encoded).m_failure.empty() ? 0 : 1;
+        recordedFailures += update.m_result == recording::FailedResult ? 1 : 0;
+        const recording::Framebuffer& screen = player.GetFramebuffer();
+        heatmap.UseSize(screen.GetWidth(), screen.GetHeight());
+        streamWalker.SetResolution(screen.GetWidth(), screen.GetHeight());
         if (number == request.m_update.value_or(number)) {
             heatmap.BeginUpdate(update.m_encoded.m_rectangle);
             streamWalker.Walk(update.m_encoded, heatmap);
@@ -58,13 +66,15 @@ int MakeHeatmap(const HeatmapRequest& request) {
         return number++ != request.m_update;
     });
     if (request.m_update && *request.m_update >= number)
-        throw std::invalid_argument("The recording has " + std::to_string(number) +
-                                    " updates, counted from 0");
-    WritePng(request.m_output, heatmap.Paint(player.GetFramebuffer().GetPicture()));
+        throw NoSuchUpdate(request.m_recording, number);
+    WriteWhole(request.m_output, request.m_bForce, [&](const std::string& path) {
+        WritePng(path, heatmap.Paint(player.GetFramebuffer().GetPicture()));
+    });
     if (!request.m_bQuiet)
         std::printf("the most: %.0f %s\n", heatmap.GetMost(),
                     request.m_kind == HeatmapKind::Bits ? "bits a macroblock" : "times");
-    return ReportEnd(request.m_recording, reader.GetEnd());
+    const int end = ReportEnd(request.m_recording, reader.GetEnd());
+    return ReportFailures(failures, recordedFailures) ? int{UpdateFailed} : end;
 }
 
 } // namespace

@@ -42,7 +42,8 @@ Spread SpreadOf(std::vector<uint32_t> bits) {
     return spread;
 }
 
-double Percent(size_t part, size_t whole) {
+template <class Count>
+double Percent(Count part, size_t whole) {
     return whole == 0 ? 0 : 100.0 * static_cast<double>(part) / static_cast<double>(whole);
 }
 
@@ -110,7 +111,7 @@ void PrintMacroblocks(const InfoReport& report) {
     const size_t all = 8 * report.m_uiPayloadBytes;
     std::printf("bits by use    skip codes %.1f %%, lengths %.1f %%, filling %.1f %%",
                 Percent(statistics.m_uiSkipBits, all), Percent(statistics.m_uiLengthBits, all),
-                Percent(statistics.m_uiFillingBits, all));
+                Percent(statistics.m_iFillingBits, all));
     const auto codec = report.m_header.m_codec;
     for (const auto component : ComponentsOf(codec))
         std::printf(", %s %.1f %%", NameOf(codec, component),
@@ -131,6 +132,16 @@ void PrintSymbols(const StreamStatistics& statistics, size_t payloadBits) {
                     count.m_uiCount, Percent(count.m_uiBits, payloadBits));
 }
 
+/// A note as one line that leaves the terminal alone: it may come from anywhere.
+std::string Printable(std::string text) {
+    for (char& character : text) {
+        const auto byte = static_cast<unsigned char>(character);
+        if (byte < ' ' || byte == 0x7F)
+            character = ' ';
+    }
+    return text;
+}
+
 } // namespace
 
 void PrintText(const InfoReport& report) {
@@ -138,7 +149,7 @@ void PrintText(const InfoReport& report) {
     PrintMacroblocks(report);
     PrintSymbols(report.m_statistics, 8 * report.m_uiPayloadBytes);
     for (const std::string& note : report.m_vNotes)
-        std::printf("note           %s\n", note.c_str());
+        std::printf("note           %s\n", Printable(note).c_str());
 }
 
 void PrintJson(const InfoReport& report) {
@@ -181,7 +192,7 @@ void PrintJson(const InfoReport& report) {
                                    {"bits",
                                     {{"skipCodes", statistics.m_uiSkipBits},
                                      {"lengths", statistics.m_uiLengthBits},
-                                     {"filling", statistics.m_uiFillingBits}}}};
+                                     {"filling", statistics.m_iFillingBits}}}};
     for (const auto component : ComponentsOf(header.m_codec))
         json["bits"][NameOf(header.m_codec, component)] = statistics.m_auiComponentBits[component];
     for (const auto& [quality, updates] : report.m_qualities)

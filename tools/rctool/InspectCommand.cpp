@@ -3,6 +3,8 @@
 #include "tools/rctool/Options.h"
 #include "tools/walker/StreamWalker.h"
 
+#include <utility>
+
 namespace Vostrel::rctool {
 
 namespace {
@@ -10,7 +12,8 @@ namespace {
 struct InspectRequest {
     std::string m_recording;
     size_t m_uiUpdate = 0;
-    InspectDetail m_detail;
+    std::optional<size_t> m_macroblock;
+    bool m_bSymbols = false;
     bool m_bJson = false;
 };
 
@@ -18,27 +21,80 @@ void Describe(CLI::App& app, InspectRequest& request) {
     AddRecordingArgument(app, request.m_recording);
     app.add_option("--update", request.m_uiUpdate, "which update, counted from 0 [0]")
         ->type_name("N");
-    app.add_option("--macroblock", request.m_detail.m_macroblock,
+    app.add_option("--macroblock", request.m_macroblock,
                    "only this one, counted from 0 in row order")
         ->type_name("N");
-    app.add_flag("--symbols", request.m_detail.m_bSymbols, "every code and value of the tiles");
+    app.add_flag("--symbols", request.m_bSymbols, "every code and value of the tiles");
     app.add_flag("--json", request.m_bJson, "as JSON");
     app.footer("Offsets count the bits of the update's data, from 0. A macroblock begins with\n"
                "its skip code. Of data that cannot be decoded the first wrong bit is named,\n"
                "with what should be there; the exit status is then 3.");
 }
 
+/// Keeps of a walk what is to be told.
+class InspectCollector : public walker::IStreamVisitor {
+public:
+    InspectCollector(InspectReport& report, bool withSymbols)
+        : m_report(report), m_bSymbols(withSymbols) {}
+
+    void OnSkip(const walker::SkipCode& skip) override {
+        m_block.m_skip = m_report.m_lastSkip = skip;
+    }
+    void OnSymbol(const walker::Symbol& symbol) override {
+        if (m_bSymbols)
+            m_tile.m_vSymbols.push_back(symbol);
+    }
+    void OnTile(const walker::Tile& tile) override {
+        m_tile.m_tile = tile;
+        m_block.m_vTiles.push_back(std::exchange(m_tile, {}));
+    }
+    void OnMacroblock(const walker::Macroblock& block) override {
+        m_block.m_block = block;
+        EndBlock(block.m_uiIndex);
+    }
+
+    /// What was seen of the faulty tile and macroblock is kept as well.
+    void OnError(const walker::StreamFault& fault) override {
+        m_report.m_fault = fault;
+        if (!m_tile.m_vSymbols.empty())
+            m_block.m_vTiles.push_back(std::exchange(m_tile, {}));
+        if (fault.m_macroblock)
+            EndBlock(*fault.m_macroblock);
+    }
+
+private:
+    void EndBlock(size_t index) {
+        SeenBlock seen = std::exchange(m_block, {});
+        if (index == m_report.m_macroblock.value_or(index))
+            m_report.m_vBlocks.push_back(std::move(seen));
+    }
+
+    InspectReport& m_report;
+    bool m_bSymbols;
+    SeenTile m_tile;   ///< that is being walked
+    SeenBlock m_block; ///< that is being walked
+};
+
 int Inspect(const InspectRequest& request) {
     recording::RecordingReader reader(request.m_recording);
-    const auto update = ReadUpdate(reader, request.m_uiUpdate);
+    InspectReport report;
+    report.m_codec = reader.GetHeader().m_codec;
+    report.m_uiNumber = request.m_uiUpdate;
+    report.m_update = ReadUpdate(reader, request.m_recording, request.m_uiUpdate);
+    report.m_macroblock = request.m_macroblock;
+    const auto& encoded = report.m_update.m_encoded;
+    const size_t macroblocks = encoded.m_rectangle.MacroblockCount();
+    if (request.m_macroblock && *request.m_macroblock >= macroblocks)
+        throw std::invalid_argument("The update has " + std::to_string(macroblocks) +
+                                    " macroblocks, counted from 0");
+
     walker::StreamWalker streamWalker(WalkFormatOf(reader.GetHeader()));
-    InspectReport report(reader.GetHeader().m_codec, request.m_detail);
-    report.SetEnd(streamWalker.Walk(update.m_encoded, report));
-    if (request.m_bJson)
-        report.PrintJson(request.m_uiUpdate, update);
-    else
-        report.PrintText(request.m_uiUpdate, update);
-    return report.HasFault() ? UpdateFailed : Done;
+    const recording::Settings& settings = reader.GetSettings();
+    streamWalker.SetResolution(settings.m_uiWidth, settings.m_uiHeight);
+    InspectCollector collector(report, request.m_bSymbols);
+    report.m_end = streamWalker.Walk(encoded, collector);
+    (request.m_bJson ? PrintJson : PrintText)(report);
+    return report.m_fault ? UpdateFailed : Done;
 }
 
 } // namespace

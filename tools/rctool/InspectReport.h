@@ -8,53 +8,33 @@
 
 namespace Vostrel::rctool {
 
-/// How much of an update is told.
-struct InspectDetail {
-    std::optional<size_t> m_macroblock; ///< only that one
-    bool m_bSymbols = false;
+/// What is told of a tile.
+struct SeenTile {
+    std::optional<walker::Tile> m_tile; ///< nothing for one that a fault ended
+    std::vector<walker::Symbol> m_vSymbols;
 };
 
-/// Collects what an update is made of and prints it.
-class InspectReport : public walker::IStreamVisitor {
-public:
-    InspectReport(recording::Codec codec, const InspectDetail& detail)
-        : m_codec(codec), m_detail(detail) {}
+/// What is told of a coded macroblock.
+struct SeenBlock {
+    walker::SkipCode m_skip;
+    std::optional<walker::Macroblock> m_block; ///< nothing for one that a fault ended
+    std::vector<SeenTile> m_vTiles;
+};
 
-    void OnSkip(const walker::SkipCode& skip) override;
-    void OnSymbol(const walker::Symbol& symbol) override;
-    void OnTile(const walker::Tile& tile) override;
-    void OnMacroblock(const walker::Macroblock& block) override;
-    void OnError(const walker::StreamFault& fault) override;
-
-    void SetEnd(const std::optional<walker::WalkEnd>& end) { m_end = end; }
-    bool HasFault() const { return m_fault.has_value(); }
-
-    /// Write to the standard output.
-    void PrintText(size_t number, const recording::RecordedUpdate& update) const;
-    void PrintJson(size_t number, const recording::RecordedUpdate& update) const;
-
-private:
-    struct SeenTile {
-        std::optional<walker::Tile> m_tile; ///< nothing for one that a fault ended
-        std::vector<walker::Symbol> m_vSymbols;
-    };
-    struct SeenBlock {
-        walker::SkipCode m_skip;
-        std::optional<walker::Macroblock> m_block; ///< nothing for one that a fault ended
-        std::vector<SeenTile> m_vTiles;
-    };
-
-    void PrintBlock(const SeenBlock& block) const;
-    void PrintTile(const SeenTile& tile) const;
-    void PrintEnd() const;
-
-    recording::Codec m_codec;
-    InspectDetail m_detail;
-    SeenTile m_tile;   ///< that is being walked
-    SeenBlock m_block; ///< that is being walked
+/// One update, taken apart.
+struct InspectReport {
+    recording::Codec m_codec{};
+    size_t m_uiNumber = 0; ///< of the update in its recording
+    recording::RecordedUpdate m_update;
+    std::optional<size_t> m_macroblock; ///< the only one that is told of
     std::vector<SeenBlock> m_vBlocks;
-    std::optional<walker::StreamFault> m_fault;
+    walker::SkipCode m_lastSkip;
+    std::optional<walker::StreamFault> m_fault; ///< or else the end
     std::optional<walker::WalkEnd> m_end;
 };
+
+/// Write to the standard output.
+void PrintText(const InspectReport& report);
+void PrintJson(const InspectReport& report);
 
 } // namespace Vostrel::rctool

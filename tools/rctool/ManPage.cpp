@@ -4,11 +4,33 @@
 #include <cctype>
 #include <cstdio>
 #include <string>
+#include <string_view>
 
 /// Prints the manual page, which is made from the program's own description of itself.
 namespace {
 
 using namespace Vostrel::rctool;
+
+struct Example {
+    std::string_view m_command;
+    std::string_view m_purpose;
+    const char* m_line;
+};
+
+constexpr Example Examples[] = {
+    {"encode", "A recording of screens in fine quality, then another screen at its end:",
+     "rctool encode -o desktop.rcrec --quality 12 frame-*.png\n"
+     "rctool encode -o desktop.rcrec --append last.png"},
+    {"decode", "Whether a viewer still shows the recorded pictures, and the last one of them:",
+     "rctool decode desktop.rcrec --verify -o last.png"},
+    {"info", "What the bits were spent on:", "rctool info desktop.rcrec"},
+    {"inspect", "Every code of a macroblock:",
+     "rctool inspect desktop.rcrec --update 1 --macroblock 66 --symbols"},
+    {"heatmap", "Where the bits went:", "rctool heatmap desktop.rcrec -o heat.png"},
+    {"bench", "What a second worker gains:",
+     "rctool bench desktop.rcrec --threads 1\n"
+     "rctool bench desktop.rcrec --threads 2"},
+};
 
 /// Text as the formatter wants it: no backslashes, no leading dots, hyphens that can be copied.
 std::string Escaped(const std::string& text) {
@@ -51,6 +73,11 @@ void PrintParagraphs(const std::string& text) {
     std::printf(".PP\n%s\n", marked.c_str());
 }
 
+void PrintExample(const Example& example) {
+    std::printf(".PP\n%s\n.PP\n.nf\n.RS\n%s\n.RE\n.fi\n",
+                Escaped(std::string(example.m_purpose)).c_str(), Escaped(example.m_line).c_str());
+}
+
 void PrintCommand(const CLI::App& command) {
     std::printf(".SS %s\n%s.\n", Escaped(command.get_name()).c_str(),
                 Escaped(command.get_description()).c_str());
@@ -58,6 +85,10 @@ void PrintCommand(const CLI::App& command) {
         PrintOption(*option);
     if (!command.get_footer().empty())
         PrintParagraphs(command.get_footer());
+    for (const Example& example : Examples) {
+        if (example.m_command == command.get_name())
+            PrintExample(example);
+    }
 }
 
 } // namespace

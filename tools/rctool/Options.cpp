@@ -4,7 +4,6 @@
 
 #include <array>
 #include <cstdio>
-#include <stdexcept>
 
 namespace Vostrel::rctool {
 
@@ -22,6 +21,10 @@ const char* NameIn(const std::array<const char*, count>& names, Value value) {
 
 void AddRecordingArgument(CLI::App& app, std::string& path) {
     app.add_option("RECORDING", path, "a recording (.rcrec)")->required()->type_name("");
+}
+
+void AddForce(CLI::App& app, bool& force, const char* help) {
+    app.add_flag("--force", force, help);
 }
 
 void AddDecodingOptions(CLI::App& app, DecodingOptions& options) {
@@ -93,17 +96,30 @@ int ReportEnd(const std::string& path, const recording::RecordingEnd& end) {
     return RecordingEnds;
 }
 
-recording::RecordedUpdate ReadUpdate(recording::RecordingReader& reader, size_t number) {
+bool ReportFailures(size_t failures, size_t recordedFailures) {
+    if (failures <= recordedFailures)
+        return false;
+    std::fprintf(stderr, "rctool: %zu updates fail, %zu of them when they were recorded\n",
+                 failures, recordedFailures);
+    return true;
+}
+
+std::invalid_argument NoSuchUpdate(const std::string& path, size_t updates) {
+    return std::invalid_argument(path + ": The recording has " + std::to_string(updates) +
+                                 " updates, counted from 0");
+}
+
+recording::RecordedUpdate ReadUpdate(recording::RecordingReader& reader, const std::string& path,
+                                     size_t number) {
     const auto index = reader.FindUpdates();
     if (number >= index.size())
-        throw std::invalid_argument("The recording has " + std::to_string(index.size()) +
-                                    " updates, counted from 0");
+        throw NoSuchUpdate(path, index.size());
     reader.GoTo(index[number].m_uiOffset);
     const auto record = reader.Next();
-    const auto* const update = record ? std::get_if<recording::RecordedUpdate>(&*record) : nullptr;
-    if (update == nullptr)
-        throw recording::RecordingError("The recording's index is wrong");
-    return *update;
+    if (!record)
+        throw recording::RecordingError(path +
+                                        ": The update is damaged: " + reader.GetEnd().m_reason);
+    return std::get<recording::RecordedUpdate>(*record);
 }
 
 } // namespace Vostrel::rctool

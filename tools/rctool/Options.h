@@ -8,6 +8,7 @@
 
 #include <map>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -35,6 +36,7 @@ struct DecodingOptions {
 };
 
 void AddRecordingArgument(CLI::App& app, std::string& path);
+void AddForce(CLI::App& app, bool& force, const char* help = "replace files that exist");
 void AddDecodingOptions(CLI::App& app, DecodingOptions& options);
 
 /// Names as they are written in options and results.
@@ -54,9 +56,17 @@ walker::WalkFormat WalkFormatOf(const recording::Header& header);
 /// Complains about a recording that ends amid a record. Returns RecordingEnds then, Done otherwise.
 int ReportEnd(const std::string& path, const recording::RecordingEnd& end);
 
+/// Complains about updates that fail and did not when they were recorded. Returns whether there are
+/// any.
+bool ReportFailures(size_t failures, size_t recordedFailures);
+
 /// The update at a number of its recording, counted from 0. Throws std::invalid_argument when there
 /// is none.
-recording::RecordedUpdate ReadUpdate(recording::RecordingReader& reader, size_t number);
+recording::RecordedUpdate ReadUpdate(recording::RecordingReader& reader, const std::string& path,
+                                     size_t number);
+
+/// That a recording has no update of a number, as it has only so many.
+std::invalid_argument NoSuchUpdate(const std::string& path, size_t updates);
 
 /// Feeds a player with the records of a reader, up to the end or until onUpdate returns false.
 /// onUpdate is called for updates, which it has to play.

@@ -1,6 +1,7 @@
 #include "tools/rctool/PictureFile.h"
 
 #include "tools/PngFile.h"
+#include "tools/rctool/OutputFile.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -33,20 +34,31 @@ void WritePpm(const std::string& path, const streamencoder::Picture& picture) {
 
 } // namespace
 
+PictureFormat FormatOf(const std::string& path) {
+    const std::string extension = std::filesystem::path(path).extension().string();
+    if (extension == ".ppm")
+        return PictureFormat::Ppm;
+    if (extension == ".argb")
+        return PictureFormat::Argb;
+    return extension == ".planes" ? PictureFormat::Planes : PictureFormat::Png;
+}
+
 void WritePicture(const std::string& path, PictureFormat format,
-                  const recording::Framebuffer& framebuffer) {
-    switch (format) {
-    case PictureFormat::Png:
-        WritePng(path, framebuffer.GetPicture());
-        break;
-    case PictureFormat::Ppm:
-        WritePpm(path, framebuffer.GetPicture());
-        break;
-    case PictureFormat::Argb:
-    case PictureFormat::Planes:
-        WriteFile(path, "", framebuffer.GetBytes());
-        break;
-    }
+                  const recording::Framebuffer& framebuffer, bool replace) {
+    WriteWhole(path, replace, [&](const std::string& written) {
+        switch (format) {
+        case PictureFormat::Png:
+            WritePng(written, framebuffer.GetPicture());
+            break;
+        case PictureFormat::Ppm:
+            WritePpm(written, framebuffer.GetPicture());
+            break;
+        case PictureFormat::Argb:
+        case PictureFormat::Planes:
+            WriteFile(written, "", framebuffer.GetBytes());
+            break;
+        }
+    });
 }
 
 std::string NumberedPath(const std::string& path, size_t number) {

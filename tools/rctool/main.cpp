@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <exception>
 #include <stdexcept>
+#include <string>
 
 namespace {
 
@@ -22,6 +23,11 @@ int main(int argc, char** argv) {
         app->parse(argc, argv);
     } catch (const CLI::Success& help) {
         return app->exit(help);
+    } catch (const CLI::RequiredError& error) {
+        const bool unknown = argc > 1 && app->get_subcommands().empty();
+        return Complain(unknown ? (argv[1] + std::string(": No such command")).c_str()
+                                : error.what(),
+                        WrongUsage);
     } catch (const CLI::ParseError& error) {
         return Complain(error.what(), WrongUsage);
     }

@@ -31,6 +31,11 @@ unsigned ChooseThreads(const Header& header, std::optional<unsigned> wanted) {
     return threads;
 }
 
+void CheckSink(Codec codec, const Settings& settings) {
+    if (codec == Codec::Lbe && settings.m_sink == Sink::Planes)
+        throw std::invalid_argument("LBE draws into ARGB framebuffers only");
+}
+
 /// Where a rectangle of a plane lies in the scratch planes and on the screen.
 struct PlanePart {
     uint8_t* m_puiScratch;
@@ -79,13 +84,12 @@ Player::Player(const Header& header, const PlayerOptions& options)
       m_settings(Drawn(header.m_settings)), m_uiThreads(ChooseThreads(header, options.m_threads)),
       m_kernels(options.m_kernels.value_or(FastestKernels(m_settings.m_kernels))),
       m_framebuffer(m_settings, m_chroma), m_renderer(MakeConverter(m_kernels, &m_logger)) {
+    CheckSink(m_codec, m_settings);
     const auto chroma = static_cast<unsigned>(m_chroma);
     if (m_codec == Codec::Ict)
         m_pDecoder = std::make_unique<libimagedecoder::ImageDecoderIct>(
             &m_renderer, &m_stream, &m_logger, m_uiThreads, header.m_uiProtocolVersion, chroma,
             MakeTransform(m_kernels, &m_logger));
-    else if (m_settings.m_sink == Sink::Planes)
-        throw std::invalid_argument("LBE draws into ARGB framebuffers only");
     else
         m_pDecoder = std::make_unique<libimagedecoder::ImageDecoderLbe>(
             &m_renderer, &m_stream, &m_logger, m_uiThreads, header.m_uiProtocolVersion, chroma);
@@ -102,6 +106,7 @@ Settings Player::Drawn(Settings settings) const {
 
 void Player::Apply(const Settings& settings) {
     const Settings drawn = Drawn(settings);
+    CheckSink(m_codec, drawn);
     const bool sameMemory = drawn.m_uiWidth == m_settings.m_uiWidth &&
                             drawn.m_uiHeight == m_settings.m_uiHeight &&
                             drawn.m_sink == m_settings.m_sink;

@@ -46,6 +46,8 @@ public:
     Player& operator=(const Player&) = delete;
 
     PlayedUpdate Play(const EncodedUpdate& update);
+
+    /// Throws as the constructor does.
     void Apply(const Settings& settings);
 
     /// Throws RecordingError for a picture of another size, which a reader never delivers, and for

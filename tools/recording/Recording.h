@@ -90,6 +90,25 @@ public:
     using std::runtime_error::runtime_error;
 };
 
+/// How a recording ends.
+enum class EndKind {
+    Whole,
+    Cut,          ///< amid a record, as after a crash
+    Damaged,      ///< at a record with wrong bytes
+    LaterVersion, ///< at a record that this reader does not know and must not pass over
+};
+
+/// A record that cannot be read, with which the recording ends.
+class BadRecord : public RecordingError {
+public:
+    explicit BadRecord(EndKind kind)
+        : RecordingError(kind == EndKind::Cut ? "a record is cut" : "a record of a later version"),
+          m_kind(kind) {}
+    explicit BadRecord(const char* damage) : RecordingError(damage), m_kind(EndKind::Damaged) {}
+
+    EndKind m_kind;
+};
+
 /// The most bytes that the body of a record, or a picture, may have.
 constexpr uint64_t MaxBodySize = 0x3FFFFFFF;
 

@@ -26,7 +26,7 @@ Settings GetSettings(ByteSource& source) {
     settings.m_sink = source.GetUpTo(Sink::Planes);
     settings.m_kernels = source.GetUpTo(KernelRule::Portable);
     if (settings.m_uiWidth == 0 || settings.m_uiHeight == 0)
-        throw RecordingError("the framebuffer has no pixels");
+        throw BadRecord("the framebuffer has no pixels");
     return settings;
 }
 

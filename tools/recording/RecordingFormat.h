@@ -18,8 +18,10 @@ constexpr std::string_view FileMagic = "RCREC\r\n\x1A"sv;
 constexpr std::string_view RecordMagic = "RCR"sv;
 constexpr uint16_t FileVersion = 1;
 constexpr uint16_t HeaderSize = 40;
-constexpr size_t RecordHeadSize = 8; ///< magic, type and body size
+constexpr size_t FixedHeaderSize = 12; ///< magic, file version and header size
+constexpr size_t RecordHeadSize = 8;   ///< magic, type and body size
 constexpr size_t CrcSize = 4;
+constexpr uint64_t SmallestRecord = RecordHeadSize + CrcSize;
 constexpr uint16_t UpdateFieldsSize = 36;
 constexpr uint16_t PictureFieldsSize = 8;
 constexpr size_t IndexEntrySize = 16;
@@ -59,7 +61,7 @@ private:
     std::vector<uint8_t> m_vuiBytes;
 };
 
-/// Takes little-endian numbers; throws RecordingError behind the end.
+/// Takes little-endian numbers; throws BadRecord behind the end.
 class ByteSource {
 public:
     explicit ByteSource(std::span<const uint8_t> bytes) : m_bytes(bytes) {}
@@ -80,13 +82,13 @@ public:
     Value GetUpTo(Value last) {
         const auto number = Get<uint8_t>();
         if (number > static_cast<uint8_t>(last))
-            throw RecordingError("a field is out of range");
+            throw BadRecord("a field is out of range");
         return static_cast<Value>(number);
     }
 
     std::span<const uint8_t> GetBytes(size_t count) {
         if (count > m_bytes.size())
-            throw RecordingError("a record is too short for its fields");
+            throw BadRecord("a record is too short for its fields");
         const auto taken = m_bytes.first(count);
         m_bytes = m_bytes.subspan(count);
         return taken;
@@ -99,6 +101,8 @@ private:
 };
 
 void PutSettings(ByteSink& sink, const Settings& settings);
+
+/// Takes the fields of settings. Throws BadRecord for values out of range.
 Settings GetSettings(ByteSource& source);
 
 } // namespace Vostrel::recording

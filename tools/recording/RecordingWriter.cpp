@@ -3,6 +3,7 @@
 #include <zlib.h>
 
 #include <cerrno>
+#include <filesystem>
 #include <fstream>
 #include <ostream>
 #include <system_error>
@@ -10,11 +11,24 @@
 namespace Vostrel::recording {
 namespace {
 
-std::unique_ptr<std::ostream> OpenFile(const std::string& path) {
-    auto out = std::make_unique<std::ofstream>(path, std::ios::binary);
+std::string Reason() {
+    return errno != 0 ? std::generic_category().message(errno) : "The file cannot be written";
+}
+
+std::unique_ptr<std::ostream> OpenFile(const std::string& path, std::ios::openmode mode) {
+    errno = 0;
+    auto out = std::make_unique<std::ofstream>(path, std::ios::binary | mode);
     if (!*out)
-        throw RecordingError(path + ": " + std::generic_category().message(errno));
+        throw RecordingError(path + ": " + Reason());
     return out;
+}
+
+std::unique_ptr<std::ostream> OpenAt(const std::string& path, uint64_t end) {
+    std::error_code error;
+    std::filesystem::resize_file(path, end, error);
+    if (error)
+        throw RecordingError(path + ": " + error.message());
+    return OpenFile(path, std::ios::app);
 }
 
 std::vector<uint8_t> Compress(const std::vector<uint8_t>& bytes) {
@@ -32,6 +46,22 @@ std::vector<uint8_t> Compress(const std::vector<uint8_t>& bytes) {
 
 RecordingWriter::RecordingWriter(std::unique_ptr<std::ostream> out, const Header& header)
     : m_pOut(std::move(out)) {
+    WriteHeader(header);
+}
+
+RecordingWriter::RecordingWriter(const std::string& path, const Header& header)
+    : m_name(path + ": "), m_pOut(OpenFile(path, std::ios::trunc)) {
+    WriteHeader(header);
+}
+
+RecordingWriter::RecordingWriter(const std::string& path, uint64_t end,
+                                 std::vector<IndexEntry> updates)
+    : m_name(path + ": "), m_pOut(OpenAt(path, end)), m_uiOffset(end),
+      m_vIndex(std::move(updates)) {}
+
+RecordingWriter::~RecordingWriter() = default;
+
+void RecordingWriter::WriteHeader(const Header& header) {
     ByteSink bytes;
     bytes.PutText(FileMagic);
     bytes.Put(FileVersion);
@@ -46,11 +76,6 @@ RecordingWriter::RecordingWriter(std::unique_ptr<std::ostream> out, const Header
     bytes.PutCrcOfAll();
     WriteBytes(bytes.GetBytes());
 }
-
-RecordingWriter::RecordingWriter(const std::string& path, const Header& header)
-    : RecordingWriter(OpenFile(path), header) {}
-
-RecordingWriter::~RecordingWriter() = default;
 
 void RecordingWriter::Write(const RecordedUpdate& update) {
     const EncodedUpdate& encoded = update.m_encoded;
@@ -106,7 +131,7 @@ void RecordingWriter::Close() {
 
 void RecordingWriter::WriteRecord(RecordType type, const ByteSink& body) {
     if (body.GetBytes().size() > MaxBodySize)
-        throw RecordingError("A record would be too large");
+        throw RecordingError(m_name + "A record would be too large");
     ByteSink record;
     record.PutText(RecordMagic);
     record.Put(type);
@@ -118,11 +143,12 @@ void RecordingWriter::WriteRecord(RecordType type, const ByteSink& body) {
 
 /// In one piece and at once, so that a crash costs one record at most.
 void RecordingWriter::WriteBytes(const std::vector<uint8_t>& bytes) {
+    errno = 0;
     m_pOut->write(reinterpret_cast<const char*>(bytes.data()),
                   static_cast<std::streamsize>(bytes.size()));
     m_pOut->flush();
     if (!*m_pOut)
-        throw RecordingError("The recording could not be written");
+        throw RecordingError(m_name + Reason());
     m_uiOffset += bytes.size();
 }
 

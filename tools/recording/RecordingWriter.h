@@ -12,7 +12,7 @@ namespace Vostrel::recording {
 
 /// Writes a recording record by record. What has been written can be read, whatever happens next.
 ///
-/// Every operation throws RecordingError when the file system fails.
+/// Every operation throws RecordingError, which names the file, when the file system fails.
 class RecordingWriter {
 public:
     /// Writes the header.
@@ -20,6 +20,10 @@ public:
 
     /// The same for a new file, which replaces one of the same name.
     RecordingWriter(const std::string& path, const Header& header);
+
+    /// Goes on with a recording that has these updates, and whose last good record ends at an
+    /// offset. Whatever follows there is cut off.
+    RecordingWriter(const std::string& path, uint64_t end, std::vector<IndexEntry> updates);
 
     ~RecordingWriter();
 
@@ -32,9 +36,11 @@ public:
     void Close();
 
 private:
+    void WriteHeader(const Header& header);
     void WriteRecord(RecordType type, const ByteSink& body);
     void WriteBytes(const std::vector<uint8_t>& bytes);
 
+    std::string m_name; ///< of the file, for messages
     std::unique_ptr<std::ostream> m_pOut;
     uint64_t m_uiOffset = 0;
     std::vector<IndexEntry> m_vIndex;

@@ -1,6 +1,19 @@
 #include "tools/walker/StreamStatistics.h"
 
 namespace Vostrel::walker {
+namespace {
+
+int64_t Difference(size_t a, size_t b) {
+    return static_cast<int64_t>(a) - static_cast<int64_t>(b);
+}
+
+} // namespace
+
+SymbolClass ClassOf(const Symbol& symbol) {
+    // The width of a literal is that of its plane, no choice of the encoder.
+    const unsigned size = symbol.m_kind == SymbolKind::Literal ? 0 : symbol.m_uiSize;
+    return {symbol.m_kind, symbol.m_uiRun, size};
+}
 
 std::string NameOf(const SymbolClass& symbolClass) {
     const std::string run = std::to_string(symbolClass.m_uiRun);
@@ -29,9 +42,7 @@ void StreamStatistics::OnSkip(const SkipCode& skip) {
 }
 
 void StreamStatistics::OnSymbol(const Symbol& symbol) {
-    // The width of a literal is that of its plane, no choice of the encoder.
-    const unsigned size = symbol.m_kind == SymbolKind::Literal ? 0 : symbol.m_uiSize;
-    SymbolCount& count = m_symbols[{symbol.m_kind, symbol.m_uiRun, size}];
+    SymbolCount& count = m_symbols[ClassOf(symbol)];
     ++count.m_uiCount;
     count.m_uiBits += symbol.m_bits.m_uiCount;
 }
@@ -43,8 +54,7 @@ void StreamStatistics::OnTile(const Tile& tile) {
 void StreamStatistics::OnMacroblock(const Macroblock& block) {
     m_uiLengthBits += block.m_length.m_uiCount;
     m_vuiMacroblockBits.push_back(static_cast<uint32_t>(block.m_record.m_uiCount));
-    // A job may read zeros behind its record: those bits belong to no byte of the payload.
-    m_uiFillingBits += block.m_record.End() - block.m_data.End();
+    m_iFillingBits += Difference(block.m_record.End(), block.m_data.End());
 }
 
 void StreamStatistics::OnError(const StreamFault&) {
@@ -53,7 +63,7 @@ void StreamStatistics::OnError(const StreamFault&) {
 
 void StreamStatistics::AddUpdate(const WalkEnd& end, size_t payloadBytes) {
     m_uiMacroblocks += end.m_uiMacroblocks;
-    m_uiFillingBits += 8 * payloadBytes - end.m_uiBits;
+    m_iFillingBits += Difference(8 * payloadBytes, end.m_uiBits);
 }
 
 } // namespace Vostrel::walker

@@ -3,10 +3,10 @@
 #include "tools/walker/WalkedStream.h"
 
 #include <array>
-#include <compare>
 #include <cstdint>
 #include <map>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace Vostrel::walker {
@@ -17,8 +17,13 @@ struct SymbolClass {
     unsigned m_uiRun;
     unsigned m_uiSize;
 
-    auto operator<=>(const SymbolClass&) const = default;
+    bool operator<(const SymbolClass& other) const {
+        return std::tie(m_kind, m_uiRun, m_uiSize) <
+               std::tie(other.m_kind, other.m_uiRun, other.m_uiSize);
+    }
 };
+
+SymbolClass ClassOf(const Symbol& symbol);
 
 /// A short name: "dc 3", "ac 0/1" (run/size), "zrl", "eob", "literal", "left 16", "above 3".
 std::string NameOf(const SymbolClass& symbolClass);
@@ -45,7 +50,10 @@ public:
     size_t m_uiMacroblocks = 0; ///< of all rectangles
     size_t m_uiSkipBits = 0;
     size_t m_uiLengthBits = 0;
-    size_t m_uiFillingBits = 0; ///< behind cut records, and behind the last bit of updates
+
+    /// Behind cut records and behind the last bit of updates, less the zeros that were read behind
+    /// either: those are no bits of a payload.
+    int64_t m_iFillingBits = 0;
     size_t m_uiFaults = 0;
     std::array<size_t, libimagedecoder::ComponentCount> m_auiComponentBits{};
     std::vector<uint32_t> m_vuiMacroblockBits; ///< records of coded macroblocks, filling included

@@ -37,6 +37,12 @@ enum class SymbolKind : uint8_t {
     RunFromAbove, ///< LBE: run samples
 };
 
+/// Whether symbols of a kind carry a difference, a level or a sample.
+constexpr bool HasValue(SymbolKind kind) {
+    return kind == SymbolKind::DcDifference || kind == SymbolKind::Coefficient ||
+           kind == SymbolKind::Literal;
+}
+
 struct Symbol {
     SymbolKind m_kind = SymbolKind::EndOfTile;
     BitSpan m_bits;          ///< the code and the value's bits

@@ -91,15 +91,17 @@ TEST_F(Rctool, DecodesToThePictureOfTheModelInEveryFormatThreadCountAndKernel) {
         for (const std::string threads : {"1", "3"}) {
             const std::string decode =
                 "decode " + path + " --kernels " + kernels + " --threads " + threads;
-            ASSERT_EQ(RunRctool(decode + " --format argb -o " + In("x.argb")).m_iExitCode, 0);
+            ASSERT_EQ(RunRctool(decode + " --force --format argb -o " + In("x.argb")).m_iExitCode,
+                      0);
             EXPECT_EQ(ReadBytes(In("x.argb")), argb);
         }
-        ASSERT_EQ(RunRctool("decode " + path + " --kernels " + kernels + " -o " + In("x.png"))
-                      .m_iExitCode,
-                  0);
+        ASSERT_EQ(
+            RunRctool("decode --force " + path + " --kernels " + kernels + " -o " + In("x.png"))
+                .m_iExitCode,
+            0);
         const Picture png = streamencoder::ReadPng(In("x.png"));
-        ASSERT_EQ(RunRctool("decode " + path + " --kernels " + kernels + " --format ppm -o " +
-                            In("x.ppm"))
+        ASSERT_EQ(RunRctool("decode --force " + path + " --kernels " + kernels +
+                            " --format ppm -o " + In("x.ppm"))
                       .m_iExitCode,
                   0);
         const auto ppm = ReadBytes(In("x.ppm"));
@@ -129,6 +131,21 @@ TEST_F(Rctool, DecodesPlanesAsTheModelDoes) {
     EXPECT_EQ(RunRctool("decode --format planes -o " + In("x.yuv") + " " + Recorded("--codec lbe"))
                   .m_iExitCode,
               1);
+}
+
+TEST_F(Rctool, TheExtensionOfAPictureNamesItsFormat) {
+    const std::string path = Recorded("--codec ict");
+    for (const std::string format : {"ppm", "argb", "planes", "png"}) {
+        const std::string named = In("named." + format);
+        const std::string told = In("told");
+        ASSERT_EQ(RunRctool("decode " + path + " -o " + named).m_iExitCode, 0);
+        ASSERT_EQ(
+            RunRctool("decode --force " + path + " --format " + format + " -o " + told).m_iExitCode,
+            0);
+        EXPECT_EQ(ReadBytes(named), ReadBytes(told)) << format;
+    }
+    ASSERT_EQ(RunRctool("decode " + path + " -o " + In("picture")).m_iExitCode, 0);
+    EXPECT_EQ(ReadBytes(In("picture")), ReadBytes(In("named.png")));
 }
 
 TEST_F(Rctool, WritesAPictureAfterEveryUpdate) {

@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -38,6 +39,14 @@ inline void WriteBytes(const std::string& path, const std::vector<uint8_t>& byte
               static_cast<std::streamsize>(bytes.size()));
 }
 
+inline std::vector<std::string> FilesIn(const std::string& folder) {
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(folder))
+        names.push_back(entry.path().filename());
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
 inline std::vector<RecordedUpdate> ReadUpdates(const std::string& path) {
     RecordingReader reader(path);
     std::vector<RecordedUpdate> updates;
@@ -62,7 +71,7 @@ protected:
     std::string Recorded(const std::string& options) const {
         const std::string path = In("recorded.rcrec");
         const ProgramRun run =
-            RunRctool("encode --quiet " + options + " -o " + path + " " + Frames);
+            RunRctool("encode --quiet --force " + options + " -o " + path + " " + Frames);
         EXPECT_EQ(run.m_iExitCode, 0) << run.m_output;
         return path;
     }

@@ -112,6 +112,45 @@ TEST_F(Rctool, InspectShowsOneMacroblockWithItsSymbols) {
     EXPECT_EQ(samples, 256U);
 }
 
+TEST_F(Rctool, InspectTellsOfAMacroblockThatIsNotCoded) {
+    const std::string path = Recorded("--codec ict");
+    const ProgramRun run = RunRctool("inspect --update 1 --macroblock 0 " + path);
+    EXPECT_EQ(run.m_iExitCode, 0);
+    EXPECT_NE(run.m_output.find("macroblock 0 is not coded"), std::string::npos) << run.m_output;
+}
+
+TEST_F(Rctool, InspectJudgesARectangleByTheFramebufferOfItsTime) {
+    const EncodedUpdate nothingIn48x16{10, {0, 0, 48, 16}, {0xFF, 0xFF, 0xC0}};
+    const std::string path = In("grows.rcrec");
+    Header header;
+    header.m_settings.m_uiWidth = header.m_settings.m_uiHeight = 16;
+    RecordingWriter writer(path, header);
+    RecordedUpdate update;
+    update.m_encoded = nothingIn48x16;
+    writer.Write(update);
+    Settings larger = header.m_settings;
+    larger.m_uiWidth = 48;
+    writer.Write(larger);
+    writer.Write(update);
+    writer.Close();
+    const ProgramRun refused = RunRctool("inspect " + path);
+    EXPECT_EQ(refused.m_iExitCode, 3);
+    EXPECT_NE(refused.m_output.find("found: 48 x 16 pixels"), std::string::npos);
+    EXPECT_EQ(RunRctool("inspect --update 1 " + path).m_iExitCode, 0);
+    EXPECT_NE(RunRctool("decode " + path).m_output.find("2 updates, 1 failed"), std::string::npos);
+}
+
+TEST_F(Rctool, InfoShowsNotesWithoutControllingTheTerminal) {
+    const std::string path = In("noted.rcrec");
+    Header header;
+    header.m_settings.m_uiWidth = header.m_settings.m_uiHeight = 16;
+    RecordingWriter(path, header).Write(Note{"a\x1B[2Jb\n\xFF"});
+    EXPECT_NE(RunRctool("info " + path).m_output.find("note           a [2Jb \xFF\n"),
+              std::string::npos);
+    EXPECT_EQ(Json::parse(RunRctool("info --json " + path).m_output)["notes"][0],
+              "a\x1B[2Jb\n\xEF\xBF\xBD");
+}
+
 TEST_F(Rctool, HeatmapColoursTheBlocksThatWereCoded) {
     const std::string path = Recorded("--codec ict");
     const ProgramRun run =

@@ -44,6 +44,8 @@ TEST_F(Rctool, WrongUsageIsExitCode1) {
           "encode " + frame + " -o x.rcrec --chroma 411",
           "encode " + frame + " -o x.rcrec --layout none",
           "encode " + frame + " -o x.rcrec --fps 0",
+          "encode " + frame + " --append --codec ict -o " + path,
+          "encode " + frame + " --append --layout pool -o " + path,
           "decode " + path + " --threads 2",
           "decode " + path + " --threads 65",
           "decode " + path + " --kernels mmx",
@@ -52,6 +54,7 @@ TEST_F(Rctool, WrongUsageIsExitCode1) {
           "decode " + path + " --verify --kernels portable",
           "decode " + path + " --verify --format planes -o " + In("x"),
           "inspect " + path + " --update 2",
+          "inspect " + path + " --macroblock 1900",
           "heatmap " + path + " -o x.png --update 2",
           "bench " + path + " --passes 0",
           "info " + path + " --unknown"}) {
@@ -59,6 +62,10 @@ TEST_F(Rctool, WrongUsageIsExitCode1) {
         EXPECT_EQ(run.m_iExitCode, 1) << arguments;
         EXPECT_EQ(run.m_output.find("rctool: "), 0U) << arguments << '\n' << run.m_output;
     }
+}
+
+TEST_F(Rctool, AnUnknownCommandIsNamed) {
+    EXPECT_EQ(RunRctool("encod x.png").m_output, "rctool: encod: No such command\n");
 }
 
 TEST_F(Rctool, FailingFilesAreExitCode2AndNamed) {
@@ -74,8 +81,11 @@ TEST_F(Rctool, FailingFilesAreExitCode2AndNamed) {
     }
     EXPECT_EQ(RunRctool("info " + noRecording).m_output,
               "rctool: " + noRecording + ": This is no recording\n");
-    EXPECT_EQ(RunRctool("encode " + frame + " -o " + In("no/such/x.rcrec")).m_iExitCode, 2);
-    EXPECT_EQ(RunRctool("encode " + frame + " -o /dev/full").m_iExitCode, 2);
+    EXPECT_EQ(RunRctool("encode " + frame + " -o " + In("no/such/x.rcrec")).m_output,
+              "rctool: " + In("no/such/x.rcrec") + ": No such file or directory\n");
+    const ProgramRun full = RunRctool("encode " + frame + " -o /dev/full");
+    EXPECT_EQ(full.m_iExitCode, 2);
+    EXPECT_EQ(full.m_output, "rctool: /dev/full: No space left on device\n");
     const ProgramRun mixed = RunRctool("encode " + frame + " " + ScreenPath("firmware-800x600-00") +
                                        " -o " + In("x.rcrec"));
     EXPECT_EQ(mixed.m_iExitCode, 2);
@@ -91,7 +101,7 @@ TEST_F(Rctool, FailingFilesAreExitCode2AndNamed) {
 }
 
 TEST_F(Rctool, PrintsALineForEveryFrameUnlessQuiet) {
-    const std::string rest = "-o " + In("x.rcrec") + " " + Frames;
+    const std::string rest = "--force -o " + In("x.rcrec") + " " + Frames;
     const ProgramRun loud = RunRctool("encode " + rest);
     EXPECT_EQ(std::count(loud.m_output.begin(), loud.m_output.end(), '\n'), 2);
     EXPECT_EQ(RunRctool("encode --quiet " + rest).m_output, "");
@@ -137,9 +147,13 @@ TEST_F(Rctool, ACutRecordingIsDoneUpToTheCutAndExitCode5) {
 TEST_F(Rctool, AnUpdateThatFailsIsExitCode3UnlessItFailedWhenRecorded) {
     const EncodedUpdate aborts{10, {0, 0, 16, 16}, {0x7F, 0xC0, 0, 0}};
     const std::string surprising = RecordedBits(aborts, 0);
-    for (const std::string command : {"decode ", "info ", "bench --passes 1 "})
+    const std::string commands[] = {"decode ", "info ", "bench --passes 1 ",
+                                    "heatmap --force -o " + In("x.png") + " "};
+    for (const std::string& command : commands)
         EXPECT_EQ(RunRctool(command + surprising).m_iExitCode, 3) << command;
     const std::string expected = RecordedBits(aborts, FailedResult);
+    for (const std::string& command : commands)
+        EXPECT_EQ(RunRctool(command + expected).m_iExitCode, 0) << command;
     EXPECT_EQ(RunRctool("decode --verify " + expected).m_iExitCode, 0);
     EXPECT_NE(RunRctool("decode " + expected).m_output.find("update 0: StreamError, as when"),
               std::string::npos);
@@ -151,7 +165,9 @@ TEST_F(Rctool, TheManualPageTellsOfEveryCommandAndOption) {
     const std::string page{std::istreambuf_iterator<char>(in), {}};
     for (const std::string text :
          {".TH RCTOOL 1", ".SS encode", ".SS decode", ".SS info", ".SS inspect", ".SS heatmap",
-          ".SS bench", "\\-\\-frametimes", "\\-\\-kernels", ".SH EXIT STATUS"})
+          ".SS bench", "rctool encode \\-o", "rctool decode desktop", "rctool info desktop",
+          "rctool inspect desktop", "rctool heatmap desktop", "rctool bench desktop",
+          "\\-\\-frametimes", "\\-\\-kernels", ".SH EXIT STATUS"})
         EXPECT_NE(page.find(text), std::string::npos) << text;
 }
 

@@ -186,6 +186,17 @@ TEST(Player, ThreadsMustSuitTheLayout) {
     EXPECT_EQ(Player(header, {2, {}}).GetThreads(), 2U);
 }
 
+TEST(Player, LbeIsNotDrawnIntoPlanes) {
+    Header header = AllHeaders()[0];
+    header.m_codec = Codec::Lbe;
+    Settings planes = header.m_settings;
+    planes.m_sink = Sink::Planes;
+    Player player(header, {});
+    EXPECT_THROW(player.Apply(planes), std::invalid_argument);
+    header.m_settings = planes;
+    EXPECT_THROW(Player(header, {}), std::invalid_argument);
+}
+
 TEST(Player, ChecksumOfARectangleTakesItsVisibleRows) {
     Settings settings;
     settings.m_uiWidth = 3;

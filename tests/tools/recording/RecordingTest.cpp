@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <fstream>
 #include <sstream>
@@ -300,13 +301,98 @@ TEST(Recording, RecordsMayFollowAnIndexWhichThenDoesNotCount) {
     EXPECT_EQ(ReadAll(reader).size(), 2U);
 }
 
-TEST(Recording, AnIndexThatPointsOutsideTheFileIsRefused) {
-    Bytes body(ExampleIndex.begin() + 8, ExampleIndex.end() - 4);
-    body[10] = 0xFF;
-    auto reader = ReaderOf(ExampleHeader + ExampleUpdate + RecordOf(128, body));
+TEST(Recording, AnIndexThatNamesOtherUpdatesThanThereAreDoesNotCount) {
+    const Bytes body(ExampleIndex.begin() + 8, ExampleIndex.end() - 4);
+    Bytes outside = body;
+    outside[10] = 0xFF;
+    Bytes amid = body;
+    ++amid[4];
+    const Bytes empty = Bytes{0, 0, 0, 0} + Bytes(body.end() - 8, body.end());
+    for (const Bytes& wrong : {outside, amid, empty}) {
+        auto reader = ReaderOf(ExampleHeader + ExampleUpdate + RecordOf(128, wrong));
+        EXPECT_TRUE(reader.ReadIndex());
+        EXPECT_EQ(reader.FindUpdates(), (std::vector<IndexEntry>{{40, 2500}}));
+        EXPECT_EQ(ReadAll(reader).size(), 1U);
+    }
+}
+
+TEST(Recording, TheIndexKnowsUpdatesBehindADamagedOne) {
+    MemoryFile file(SampleHeader());
+    for (int i = 0; i < 3; ++i)
+        file.Writer().Write(SampleUpdate());
+    file.Writer().Close();
+    Bytes bytes = file.GetBytes();
+    bytes[40 + ExampleUpdate.size() + 20] ^= 1;
+    auto reader = ReaderOf(bytes);
     const auto index = reader.FindUpdates();
-    ASSERT_EQ(index.size(), 1U);
-    EXPECT_THROW(reader.GoTo(index[0].m_uiOffset), RecordingError);
+    ASSERT_EQ(index.size(), 3U);
+    reader.GoTo(index[2].m_uiOffset);
+    EXPECT_TRUE(reader.Next());
+    reader.GoTo(index[1].m_uiOffset);
+    EXPECT_FALSE(reader.Next());
+    EXPECT_EQ(reader.GetEnd().m_kind, EndKind::Damaged);
+}
+
+TEST(Recording, AfterAJumpTheSettingsOfThatPlaceHold) {
+    const Settings larger{5, 3, 0, false, Sink::Argb, KernelRule::Accelerated};
+    MemoryFile file(SampleHeader());
+    file.Writer().Write(SampleUpdate());
+    file.Writer().Write(larger);
+    file.Writer().Write(SampleUpdate());
+    file.Writer().Write(RecordedPicture{Bytes(4 * 5 * 3, 9)});
+    file.Writer().Close();
+    auto reader = ReaderOf(file.GetBytes());
+    const auto index = reader.FindUpdates();
+    ASSERT_EQ(index.size(), 2U);
+    reader.GoTo(index[1].m_uiOffset);
+    EXPECT_EQ(reader.GetSettings(), larger);
+    EXPECT_TRUE(reader.Next());
+    EXPECT_EQ(std::get<RecordedPicture>(*reader.Next()).m_vuiBytes, Bytes(60, 9));
+    reader.GoTo(index[0].m_uiOffset);
+    EXPECT_EQ(reader.GetSettings(), SampleHeader().m_settings);
+    for (const uint64_t amid : {uint64_t{0}, index[0].m_uiOffset + 1, uint64_t{1} << 40})
+        EXPECT_THROW(reader.GoTo(amid), RecordingError) << amid;
+}
+
+TEST(Recording, CutAtAnyByteStillGivesEveryCompleteRecordOfAnyKind) {
+    MemoryFile file(SampleHeader());
+    std::vector<size_t> ends{file.GetBytes().size()};
+    const auto write = [&](const auto& record) {
+        file.Writer().Write(record);
+        ends.push_back(file.GetBytes().size());
+    };
+    write(RecordedPicture{Bytes(1024, 7)});
+    write(Note{"note"});
+    write(SampleUpdate());
+    write(Settings{2, 2, 50, true, Sink::Argb, KernelRule::Accelerated});
+    write(RecordedPicture{Bytes(16, 1)});
+    const Bytes bytes = file.GetBytes();
+    for (size_t size = ends[0]; size <= bytes.size(); ++size) {
+        auto reader = ReaderOf({bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(size)});
+        const auto complete =
+            std::count_if(ends.begin() + 1, ends.end(), [&](size_t end) { return end <= size; });
+        EXPECT_EQ(ReadAll(reader).size(), static_cast<size_t>(complete)) << size;
+        EXPECT_EQ(reader.FindUpdates().size(), size >= ends[3] ? 1U : 0U) << size;
+    }
+}
+
+TEST(Recording, AWriterGoesOnBehindTheLastGoodRecord) {
+    const std::string path = testing::TempDir() + "RecordingTest-goes-on.rcrec";
+    const Bytes cut = ExampleHeader + ExampleUpdate + Bytes{'R', 'C'};
+    std::ofstream(path, std::ios::binary)
+        .write(reinterpret_cast<const char*>(cut.data()), static_cast<std::streamsize>(cut.size()));
+    RecordedUpdate second = SampleUpdate();
+    second.m_uiTime = 5000;
+    {
+        RecordingWriter writer(path, 40 + ExampleUpdate.size(), {{40, 2500}});
+        writer.Write(second);
+        writer.Close();
+    }
+    RecordingReader reader(path);
+    EXPECT_EQ(reader.ReadIndex(), (std::vector<IndexEntry>{{40, 2500}, {91, 5000}}));
+    EXPECT_EQ(ReadAll(reader).size(), 2U);
+    EXPECT_EQ(reader.GetEnd().m_kind, EndKind::Whole);
+    std::remove(path.c_str());
 }
 
 TEST(Recording, MissingAndUnwritableFilesAreNamed) {

@@ -260,8 +260,8 @@ TEST(StreamWalker, EveryBitOfAnUpdateBelongsToExactlyOneUse) {
             if (!end)
                 continue;
             statistics.AddUpdate(*end, update.stream.size());
-            size_t sum =
-                statistics.m_uiSkipBits + statistics.m_uiLengthBits + statistics.m_uiFillingBits;
+            size_t sum = statistics.m_uiSkipBits + statistics.m_uiLengthBits +
+                         static_cast<size_t>(statistics.m_iFillingBits);
             for (const size_t bits : statistics.m_auiComponentBits)
                 sum += bits;
             EXPECT_EQ(sum, 8 * update.stream.size());
@@ -274,6 +274,20 @@ TEST(StreamWalker, EveryBitOfAnUpdateBelongsToExactlyOneUse) {
             EXPECT_EQ(symbolBits, componentBits);
         }
     }
+}
+
+TEST(StreamStatistics, ZerosReadBehindTheDataAreTakenFromTheFilling) {
+    // Eight macroblocks of 33 bits fill 33 bytes; the last skip code is the first zero behind them.
+    std::string bits;
+    for (int i = 0; i < 8; ++i)
+        bits += std::string("0 ") + FlatMacroblock420;
+    const EncodedUpdate update = UpdateOf(bits, 128, 16);
+    ASSERT_EQ(update.m_vuiPayload.size(), 33U);
+    StreamStatistics statistics;
+    const auto end = StreamWalker(Ict1).Walk(update, statistics);
+    ASSERT_TRUE(end);
+    statistics.AddUpdate(*end, update.m_vuiPayload.size());
+    EXPECT_EQ(statistics.m_iFillingBits, -1);
 }
 
 TEST(StreamWalker, FailsAsTheModelDoesOnSpoiledUpdates) {

@@ -1,0 +1,88 @@
+#include "tools/rctool/Recorder.h"
+
+#include "tools/rctool/Options.h"
+
+#include <filesystem>
+
+namespace Vostrel::rctool {
+
+using namespace recording;
+
+namespace {
+
+void CheckThatItCanGoOn(const std::string& path, const RecordingEnd& end, bool dropRest) {
+    if (end.m_kind == EndKind::Whole)
+        return;
+    const std::string place = std::to_string(end.m_uiOffset);
+    if (end.m_kind == EndKind::LaterVersion)
+        throw RecordingError(path + ": The record at byte " + place + " needs a later version");
+    if (!dropRest)
+        throw RecordingError(path + ": The recording is cut or damaged at byte " + place +
+                             "; --force drops what follows there");
+}
+
+} // namespace
+
+Recorder::Recorder(const std::string& path, const Header& header)
+    : m_path(path), m_header(header), m_pPlayer(std::make_unique<Player>(header, PlayerOptions{})) {
+    m_header.m_uiThreads = m_pPlayer->GetThreads();
+    m_pWriter = std::make_unique<RecordingWriter>(path, m_header);
+}
+
+Recorder::Recorder(const std::string& path, bool dropRest) : m_path(path) {
+    RecordingReader reader(path);
+    m_header = reader.GetHeader();
+    m_pPlayer = std::make_unique<Player>(m_header, PlayerOptions{});
+    auto updates = PlayAll(reader);
+    m_header.m_settings = reader.GetSettings();
+    const RecordingEnd& end = reader.GetEnd();
+    CheckThatItCanGoOn(path, end, dropRest);
+    m_pWriter = std::make_unique<RecordingWriter>(path, end.m_uiOffset, std::move(updates));
+    m_oldEnd = end.m_uiOffset;
+}
+
+Recorder::~Recorder() {
+    if (!m_oldEnd)
+        return;
+    m_pWriter.reset();
+    std::error_code ignored;
+    std::filesystem::resize_file(m_path, *m_oldEnd, ignored);
+}
+
+std::vector<IndexEntry> Recorder::PlayAll(RecordingReader& reader) {
+    std::vector<IndexEntry> updates;
+    ForEachUpdate(reader, *m_pPlayer, [&](const RecordedUpdate& update) {
+        m_pPlayer->Play(update.m_encoded);
+        m_time = update.m_uiTime;
+        updates.push_back({reader.GetOffset(), update.m_uiTime});
+        return true;
+    });
+    return updates;
+}
+
+void Recorder::Write(const EncodedUpdate& encoded, uint64_t time, bool checked) {
+    RecordedUpdate update;
+    update.m_encoded = encoded;
+    update.m_uiTime = time;
+    if (checked)
+        AddChecksum(update);
+    m_pWriter->Write(update);
+    m_time = time;
+}
+
+void Recorder::AddChecksum(RecordedUpdate& update) {
+    const auto played = m_pPlayer->Play(update.m_encoded);
+    if (!played.m_failure.empty())
+        throw RecordingError("An update cannot be decoded: " + played.m_failure);
+    update.m_result = played.m_uiResult;
+    update.m_coverage = Coverage::Framebuffer;
+    update.m_uiPictureCrc =
+        m_pPlayer->GetFramebuffer().GetCrc(update.m_coverage, update.m_encoded.m_rectangle);
+}
+
+void Recorder::Close() {
+    m_pWriter->Close();
+    m_oldEnd.reset();
+}
+
+} // namespace Vostrel::rctool

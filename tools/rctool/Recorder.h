@@ -1,0 +1,54 @@
+#pragma once
+
+#include "tools/recording/Player.h"
+#include "tools/recording/RecordingReader.h"
+#include "tools/recording/RecordingWriter.h"
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace Vostrel::rctool {
+
+/// Records updates with what a decoder makes of them.
+class Recorder {
+public:
+    /// Begins a recording, which replaces a file of the same name. Throws RecordingError.
+    Recorder(const std::string& path, const recording::Header& header);
+
+    /// Goes on with a recording, which is played to its end. Throws RecordingError for one that is
+    /// cut or damaged, unless what is not good of it may be dropped.
+    Recorder(const std::string& path, bool dropRest);
+
+    /// Takes back what was added to an older recording, unless it was closed.
+    ~Recorder();
+    Recorder(const Recorder&) = delete;
+    Recorder& operator=(const Recorder&) = delete;
+
+    /// Its settings are those that hold for the next update.
+    const recording::Header& GetHeader() const { return m_header; }
+
+    /// Of the last update in microseconds; nothing before the first.
+    std::optional<uint64_t> GetTime() const { return m_time; }
+
+    /// Records an update at a time in microseconds. checked: with a decoder's result and a checksum
+    /// of the picture. Throws RecordingError, also for an update that cannot be decoded.
+    void Write(const recording::EncodedUpdate& encoded, uint64_t time, bool checked);
+
+    void Close();
+
+private:
+    std::vector<recording::IndexEntry> PlayAll(recording::RecordingReader& reader);
+    void AddChecksum(recording::RecordedUpdate& update);
+
+    std::string m_path;
+    recording::Header m_header;
+    std::optional<uint64_t> m_time;
+    std::optional<uint64_t> m_oldEnd; ///< of an older recording that is not closed again yet
+    std::unique_ptr<recording::Player> m_pPlayer;
+    std::unique_ptr<recording::RecordingWriter> m_pWriter;
+};
+
+} // namespace Vostrel::rctool
