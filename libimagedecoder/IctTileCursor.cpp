@@ -177,8 +177,7 @@ bool IctTileCursor::SkipRepeats(const RepeatedTiles& tiles) {
 }
 
 bool IctTileCursor::TakeBits(unsigned int n, uint32_t& value) {
-    if (!IsReady())
-        return false;
+    MakeRoom();
     BitRegister bits = m_Bits;
     bits.Refill();
     value = static_cast<uint32_t>(bits.Peek(n));
@@ -194,9 +193,14 @@ uint32_t IctTileCursor::ReadBitsPlainly(unsigned int n) {
 bool IctTileCursor::IsReady() {
     if (!m_bBorrowed && !Borrow()) [[unlikely]]
         return false;
+    MakeRoom();
+    return true;
+}
+
+/// Sees to it that a tile can be decoded without looking where the bytes end.
+void IctTileCursor::MakeRoom() {
     if (m_Bits.Next() > m_puiRoomEnd) [[unlikely]]
         CopyTail(Position());
-    return true;
 }
 
 /// Moves on, unless the reader would have needed a byte behind the window.

@@ -76,9 +76,9 @@ private:
 
     bool Borrow();
     bool IsReady();
+    void MakeRoom();
     bool Commit(const BitRegister& bits, unsigned int windowBits);
     Outcome Decline();
-    bool HasRoom() const { return m_Bits.Next() <= m_puiRoomEnd; }
     void CopyTail(size_t position);
     bool TakeBits(unsigned int n, uint32_t& value);
     uint32_t ReadBitsPlainly(unsigned int n);

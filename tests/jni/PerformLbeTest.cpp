@@ -9,7 +9,7 @@ using testing::IsEmpty;
 
 /// Quality 2 has 2 bits of luma and 3 of each chroma: one luma literal of the brightest level, then
 /// runs from the left and, for neutral chroma, from above to the end of their planes.
-constexpr const char* WhiteBlock = "0 0 11 1 11 1111 1 01 1111 ";
+const std::string WhiteBlock = "0 0 11 1 11 1111 1 01 1111 ";
 constexpr uint32_t White = 0xFFFFFFFF;
 
 class PerformLbeTest : public PerformFixture {
@@ -34,7 +34,7 @@ TEST_F(PerformLbeTest, EndMarkerAloneChangesNothing) {
 }
 
 TEST_F(PerformLbeTest, CodedBlockIsDrawnAndReported) {
-    feed(std::string(WhiteBlock) + End, {5});
+    feed(WhiteBlock + End, {5});
     EXPECT_EQ(perform(), 0x0000'0000'0010'0010);
     expectPixels(White, Untouched);
     ASSERT_EQ(m_helper.m_stalls.size(), 1u);
@@ -43,7 +43,7 @@ TEST_F(PerformLbeTest, CodedBlockIsDrawnAndReported) {
 }
 
 TEST_F(PerformLbeTest, RectangleAndSizesCountBySixteenUnsignedBits) {
-    feed(std::string(WhiteBlock) + End);
+    feed(WhiteBlock + End);
     Call shifted = call(m_decoder);
     shifted.framebufferWidth = Width + 0x30000;
     shifted.x = 16 - 0x10000;
@@ -62,7 +62,7 @@ TEST_F(PerformLbeTest, ZeroHandlesReturnMinusOneAndLeaveTheStreamAlone) {
 }
 
 TEST_F(PerformLbeTest, NullBufferDrawsNothing) {
-    feed(std::string(WhiteBlock) + End);
+    feed(WhiteBlock + End);
     Call nothing = call(m_decoder);
     nothing.argb = nullptr;
     EXPECT_EQ(performLbe(nothing), 0x0000'0000'0010'0010);

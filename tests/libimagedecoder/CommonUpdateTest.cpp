@@ -170,7 +170,7 @@ TEST_P(AnyUpdate, AnEmptyStreamRunsOutAtTheThirdByteOfPadding) {
 
 TEST_P(AnyUpdate, TheResolutionMayChangeAtAnyTime) {
     for (const auto& [width, height] :
-         {std::pair(64, 48), {16, 16}, {640, 480}, {1, 1}, {33, 80}}) {
+         {std::pair(64, 48), {16, 16}, {640, 16}, {640, 480}, {1, 1}, {33, 80}}) {
         m_Pair.SetFramebuffer(model::ModelSink::Argb, width, height);
         const unsigned quality = RandomQuality();
         const Area area{0, 0, width, height};

@@ -125,7 +125,7 @@ protected:
         IctTileCursor cursor(fast.m_Reader);
         for (int tile = 0; tile < 300; ++tile) {
             const IctComponent component = m_Random.OneIn(3) ? ComponentCb : ComponentY;
-            const size_t repeats = m_Random.Between(1, 3);
+            const size_t repeats = 1 + m_Random.Below(size_t{3});
             if (m_Random.OneIn(3) && cursor.SkipRepeats(RepeatedTiles().Then(
                                          *m_Decoder.GetTileTables(component).m_pFast, repeats))) {
                 ++m_iRepeatsSkipped;
@@ -210,6 +210,26 @@ TEST_F(IctTileCursorTest, TakesTheLastTileOfAWindowWithoutReadingBehindIt) {
     cursor.GiveBack();
     EXPECT_EQ(road.m_Stream.GetPosition(), 5U);
     EXPECT_EQ(road.m_Reader.GetState().HeldBits(), 16U);
+}
+
+TEST_F(IctTileCursorTest, DeclinesAReaderWhoseBitsAreNotTheWindows) {
+    struct Case {
+        size_t position;
+        BitReaderState state;
+    };
+    for (const Case& odd : {Case{0, {0, 0, 0b000, 3}}, {1, {0, 0, 0b00101000, 8}}}) {
+        Road road(std::vector<uint8_t>(64, 0b00101000), 64);
+        road.m_Reader.ReadStreamBits(8);
+        road.m_Stream.SetPosition(odd.position);
+        road.m_Reader.SetState(odd.state);
+        IctTileCursor cursor(road.m_Reader);
+        std::array<int16_t, TileCoefficients> coefficients{};
+        EXPECT_EQ(cursor.DecodeTile(m_Decoder.GetTileTables(ComponentY), road.m_iPredictor,
+                                    coefficients.data()),
+                  Outcome::Declined);
+        EXPECT_EQ(road.m_Reader.GetState().HeldBits(), odd.state.HeldBits());
+        EXPECT_EQ(road.m_Stream.GetPosition(), odd.position);
+    }
 }
 
 TEST_F(IctTileCursorTest, DeclinesWhenTheEndCodesPeekNeedsAByteBehindTheWindow) {

@@ -281,6 +281,20 @@ TEST_P(LbePlaneCursorWith, AReaderWhoseBitsAreNotTheWindowsIsDeclined) {
     }
 }
 
+TEST_P(LbePlaneCursorWith, AReaderWithBitsFromBeforeTheWindowIsDeclined) {
+    Road road(tests::BytesOf("11111111 1 11 1111" + Repeated("1", 64)), 100);
+    road.m_Reader.ReadStreamBits(8);
+    LbePlaneCursor cursor = CursorOver(road);
+    LbePlaneBytes plane;
+    ASSERT_TRUE(cursor.DecodePlane(Luma, plane));
+    cursor.GiveBack();
+    road.m_Stream.SetPosition(0);
+    road.m_Reader.SetState({0, 0, 0b000, 3});
+    EXPECT_FALSE(cursor.DecodePlane(Luma, plane));
+    EXPECT_EQ(road.m_Reader.GetState().HeldBits(), 3U);
+    EXPECT_EQ(road.m_Stream.GetPosition(), 0U);
+}
+
 TEST_P(LbePlaneCursorWith, APlaneTouchesNoMoreThanItsRoom) {
     // The dearest codes of each width: literals, or counted runs of three samples.
     for (const uint32_t literalBits : {2U, 3U, 4U, 5U, 6U, 8U, 10U}) {

@@ -183,9 +183,8 @@ TEST(UpdateJobs, AJobsFailureComesBeforeTheWalksOwn) {
 
 TEST(UpdateJobs, TheTypeOfTheFailureIsKept) {
     Jobs jobs(1);
-    EXPECT_THROW(
-        jobs.Run([&] { jobs.Add([](unsigned int) { throw std::out_of_range("x"); }); }),
-        std::out_of_range);
+    EXPECT_THROW(jobs.Run([&] { jobs.Add([](unsigned int) { throw std::out_of_range("x"); }); }),
+                 std::out_of_range);
     EXPECT_THROW(jobs.Run([&] { jobs.Add([](unsigned int) { throw 5; }); }), int);
 }
 

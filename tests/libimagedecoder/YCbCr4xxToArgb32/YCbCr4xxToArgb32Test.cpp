@@ -9,12 +9,10 @@
 
 #include <algorithm>
 #include <array>
-#include <atomic>
 #include <cmath>
 #include <gtest/gtest.h>
 #include <memory>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace Vostrel::libimagedecoder::YCbCr4xxToArgb32 {
@@ -413,22 +411,6 @@ void ExpectTablesFollowTheirFormulas() {
                       std::clamp(y + RoundedTerm(1814, v), 0, 255));
         }
     }
-}
-
-TEST(YCbCr4xxToArgb32Native, EightObjectsBuiltAtOnceShareFinishedTables) {
-    std::atomic<int> waiting{8};
-    std::vector<std::thread> threads;
-    for (int n = 0; n < 8; ++n)
-        threads.emplace_back([&waiting] {
-            --waiting;
-            while (waiting > 0)
-                std::this_thread::yield();
-            tests::RecordingLogger logger;
-            const YCbCr4xxToArgb32Native kernel(&logger);
-            ExpectTablesFollowTheirFormulas();
-        });
-    for (std::thread& thread : threads)
-        thread.join();
 }
 
 TEST(YCbCr4xxToArgb32Native, TablesCanBeBuiltWithoutAnObject) {
