@@ -23,7 +23,7 @@ final class RecordingFileTest {
                     + "524352801c000000010000002800000000000000c4090000000000005b0000"
                     + "0000000000cadc69de";
 
-    private final TestRun run = new TestRun();
+    private final RecordingRun run = new RecordingRun();
 
     private RecordingFileTest() {}
 
@@ -34,22 +34,8 @@ final class RecordingFileTest {
         tests.run.finish();
     }
 
-    private interface Body {
-        void run(Path file) throws Exception;
-    }
-
-    private void test(String sentence, Body body) {
-        run.test(
-                sentence,
-                () -> {
-                    try (Scratch scratch = Scratch.make()) {
-                        body.run(scratch.resolve("connection.rcrec"));
-                    }
-                });
-    }
-
     private void reading() {
-        test(
+        run.test(
                 "the documented example is understood",
                 file -> {
                     Files.write(file, example());
@@ -61,7 +47,7 @@ final class RecordingFileTest {
                         TestRun.expectEqual(1L, player.checksums(), "checksums");
                     }
                 });
-        test(
+        run.test(
                 "a recording cut anywhere gives its whole entries and says that it was cut",
                 file -> {
                     byte[] whole = example();
@@ -85,7 +71,7 @@ final class RecordingFileTest {
                         }
                     }
                 });
-        test(
+        run.test(
                 "a wrong bit anywhere is noticed",
                 file -> {
                     byte[] whole = example();
@@ -96,7 +82,7 @@ final class RecordingFileTest {
                         expectNotComplete(file, bit);
                     }
                 });
-        test(
+        run.test(
                 "in real time an update waits until it is due",
                 file -> {
                     int timeOffset = 40 + 8 + 16;
@@ -117,7 +103,7 @@ final class RecordingFileTest {
                 "planes are refused for LBE",
                 "LBE updates cannot be drawn into planes",
                 header -> header.put(12, (byte) 1).put(22, (byte) 1));
-        test(
+        run.test(
                 "the checksum of a rectangle of planes, which have none, is passed over",
                 file -> {
                     int fieldsOffset = 40 + 8;
@@ -129,7 +115,7 @@ final class RecordingFileTest {
                         TestRun.expectEqual(0L, player.checksums(), "checksums");
                     }
                 });
-        test(
+        run.test(
                 "a difference is told",
                 file -> {
                     Files.write(file, exampleOfAnotherPicture());
@@ -142,7 +128,7 @@ final class RecordingFileTest {
 
     /** The example with a header that is whole and makes no sense. */
     private void expectNotShown(String sentence, String message, Consumer<ByteBuffer> change) {
-        test(
+        run.test(
                 sentence,
                 file -> {
                     Files.write(file, withHeader(example(), change));

@@ -21,7 +21,7 @@ import nn.qv.imagedecoder.UpdateHeader;
  * of the case files.
  */
 final class RecordingTest {
-    private final TestRun run = new TestRun();
+    private final RecordingRun run = new RecordingRun();
     private final List<CaseFile> lives;
 
     private RecordingTest(List<CaseFile> lives) {
@@ -40,22 +40,8 @@ final class RecordingTest {
         tests.run.finish();
     }
 
-    private interface Body {
-        void run(Path file) throws Exception;
-    }
-
-    private void test(String sentence, Body body) {
-        run.test(
-                sentence,
-                () -> {
-                    try (Scratch scratch = Scratch.make()) {
-                        body.run(scratch.resolve("connection.rcrec"));
-                    }
-                });
-    }
-
     private void recording() {
-        test(
+        run.test(
                 "every case file's life, recorded while it is decoded, plays again without a"
                         + " difference",
                 file -> {
@@ -65,13 +51,13 @@ final class RecordingTest {
                         expectPlays(life, file);
                     }
                 });
-        test(
+        run.test(
                 "a decoder without updates leaves no file behind",
                 file -> {
                     ScreenDecoder.open(first().options().forViewer().record(file).build()).close();
                     TestRun.expect(Files.notExists(file), "there is a file");
                 });
-        test(
+        run.test(
                 "a recording can be read by its owner alone",
                 file -> {
                     record(first(), file);
@@ -80,7 +66,7 @@ final class RecordingTest {
                             PosixFilePermissions.toString(Files.getPosixFilePermissions(file)),
                             "permissions");
                 });
-        test(
+        run.test(
                 "a file that exists is not overwritten",
                 file -> {
                     Files.createFile(file);
@@ -90,7 +76,7 @@ final class RecordingTest {
                                     ScreenDecoder.open(
                                             first().options().forViewer().record(file).build()));
                 });
-        test(
+        run.test(
                 "a recording can be played while it grows",
                 file -> {
                     CaseFile life = first();
@@ -169,7 +155,7 @@ final class RecordingTest {
     }
 
     private void changes() {
-        test(
+        run.test(
                 "what others have drawn before and meanwhile is part of the recording",
                 file -> {
                     CaseFile life = first();
@@ -184,7 +170,7 @@ final class RecordingTest {
                             "[Picture, Update, Picture, Update]", kinds(file), "entries");
                     expectSame(file, framebuffer);
                 });
-        test(
+        run.test(
                 "contrast, post-processing and another framebuffer are part of the recording",
                 file -> {
                     CaseFile life = first();
@@ -202,7 +188,7 @@ final class RecordingTest {
                             "entries");
                     expectSame(file, larger);
                 });
-        test(
+        run.test(
                 "a refused update leaves a note, and a failed one its bytes",
                 file -> {
                     CaseFile life = first();

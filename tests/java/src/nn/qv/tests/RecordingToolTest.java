@@ -15,7 +15,7 @@ import nn.qv.imagedecoder.UpdateHeader;
  * folder of the case files, the tool.
  */
 final class RecordingToolTest {
-    private final TestRun run = new TestRun();
+    private final RecordingRun run = new RecordingRun();
     private final List<CaseFile> lives;
     private final String tool;
 
@@ -37,22 +37,8 @@ final class RecordingToolTest {
         tests.run.finish();
     }
 
-    private interface Body {
-        void run(Path file) throws Exception;
-    }
-
-    private void test(String sentence, Body body) {
-        run.test(
-                sentence,
-                () -> {
-                    try (Scratch scratch = Scratch.make()) {
-                        body.run(scratch.resolve("connection.rcrec"));
-                    }
-                });
-    }
-
     private void caseFiles() {
-        test(
+        run.test(
                 "the tool verifies the recording of every case file's life",
                 file -> {
                     for (CaseFile life : lives) {
@@ -64,7 +50,7 @@ final class RecordingToolTest {
     }
 
     private void changes() {
-        test(
+        run.test(
                 "it follows pictures, settings, sizes, notes and failures amid a recording",
                 file -> {
                     CaseFile life = lives.get(0);
@@ -82,7 +68,7 @@ final class RecordingToolTest {
                     }
                     expectStatus(0, "with changes", file);
                 });
-        test(
+        run.test(
                 "it reads a recording whose decoder is still open",
                 file -> {
                     CaseFile life = lives.get(0);
@@ -100,7 +86,7 @@ final class RecordingToolTest {
     }
 
     private void differences() {
-        test(
+        run.test(
                 "it notices a picture that was another one, as a JVM does",
                 file -> {
                     Files.write(file, RecordingFileTest.exampleOfAnotherPicture());

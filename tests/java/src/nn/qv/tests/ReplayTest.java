@@ -11,7 +11,7 @@ import nn.qv.imagedecoder.ScreenDecoder;
  * files, the jar, the shared object.
  */
 final class ReplayTest {
-    private final TestRun run = new TestRun();
+    private final RecordingRun run = new RecordingRun();
     private final CaseFile life;
     private final String jar;
     private final String object;
@@ -30,28 +30,18 @@ final class ReplayTest {
         tests.run.finish();
     }
 
-    private interface Body {
-        void run(Path file) throws Exception;
-    }
-
     /** A test with a recording of the first update of the case file's life. */
-    private void test(String sentence, Body body) {
+    private void test(String sentence, RecordingRun.Body body) {
         run.test(
                 sentence,
-                () -> {
-                    try (Scratch scratch = Scratch.make()) {
-                        Path file = scratch.resolve("connection.rcrec");
-                        Update update = life.steps().get(0).update();
-                        try (ScreenDecoder decoder =
-                                ScreenDecoder.open(
-                                        life.options().forViewer().record(file).build())) {
-                            decoder.decode(
-                                    update.header(),
-                                    update.data(),
-                                    ViewerCasesTest.framebuffer(life));
-                        }
-                        body.run(file);
+                file -> {
+                    Update update = life.steps().get(0).update();
+                    try (ScreenDecoder decoder =
+                            ScreenDecoder.open(life.options().forViewer().record(file).build())) {
+                        decoder.decode(
+                                update.header(), update.data(), ViewerCasesTest.framebuffer(life));
                     }
+                    body.run(file);
                 });
     }
 
@@ -99,10 +89,10 @@ final class ReplayTest {
     private void arguments() {
         run.test(
                 "help goes to the standard output with status 0",
-                () -> jar("--help").expectStatus(0).expectSays("usage:"));
+                file -> jar("--help").expectStatus(0).expectSays("usage:"));
         run.test(
                 "wrong arguments give status 2 and the usage",
-                () -> {
+                file -> {
                     for (Object[] wrong :
                             new Object[][] {
                                 {},
