@@ -24,7 +24,11 @@ record NoexecFolder(Path path, List<String> wrapper) implements AutoCloseable {
         }
         Path point = Files.createDirectory(scratch.resolve("noexec"));
         String script = "mount -t tmpfs -o noexec tmpfs \"$0\" && exec \"$@\"";
-        List<String> wrapper = new ArrayList<>(List.of("unshare", "--map-root-user", "--mount"));
+        List<String> wrapper = new ArrayList<>(List.of("unshare", "--mount"));
+        // Below a chroot only the real root may have name spaces of its own.
+        if (!"root".equals(System.getProperty("user.name"))) {
+            wrapper.add("--map-root-user");
+        }
         wrapper.addAll(List.of("sh", "-c", script, point.toString()));
         return new NoexecFolder(point, wrapper);
     }
