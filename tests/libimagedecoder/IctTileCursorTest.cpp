@@ -3,6 +3,7 @@
 #include "libimagedecoder/ImageDecoderException.h"
 #include "libimagedecoder/ImageDecoderIct.h"
 #include "libimagedecoder/ImageDecoderRenderer.h"
+#include "tests/libimagedecoder/CursorRoad.h"
 #include "tests/support/PiecewiseStreambuffer.h"
 #include "tests/support/Random.h"
 #include "tests/support/RecordingLogger.h"
@@ -29,14 +30,9 @@ struct Sight {
     bool operator==(const Sight&) const = default;
 };
 
-/// One reader over a stream in pieces.
-struct Road {
-    explicit Road(const std::vector<uint8_t>& bytes, size_t capacity) {
-        m_Stream.Load(bytes, capacity);
-    }
+struct Road : CursorRoad {
+    using CursorRoad::CursorRoad;
 
-    tests::PiecewiseStreambuffer m_Stream{nullptr};
-    BitStreamReader m_Reader{&m_Stream, 0, 0, 0, 0};
     int m_iPredictor = 0;
 };
 
@@ -86,19 +82,6 @@ protected:
                 EXPECT_EQ(coefficients[m_Decoder.GetReorderTable()[k]], 0) << k;
             }
         }
-    }
-
-    static void ExpectSameState(const Road& a, const Road& b) {
-        const BitReaderState& stateA = a.m_Reader.GetState();
-        const BitReaderState& stateB = b.m_Reader.GetState();
-        EXPECT_EQ(stateA.m_uiWindow, stateB.m_uiWindow);
-        EXPECT_EQ(stateA.m_uiWindowBits, stateB.m_uiWindowBits);
-        EXPECT_EQ(stateA.m_uiReserve, stateB.m_uiReserve);
-        EXPECT_EQ(stateA.m_uiReserveBits, stateB.m_uiReserveBits);
-        EXPECT_EQ(a.m_Stream.GetPosition(), b.m_Stream.GetPosition());
-        EXPECT_EQ(a.m_Stream.GetPaddingCount(), b.m_Stream.GetPaddingCount());
-        EXPECT_EQ(a.m_Stream.GetConsumedBytes(), b.m_Stream.GetConsumedBytes());
-        EXPECT_EQ(a.m_Stream.IsEndOfStream(), b.m_Stream.IsEndOfStream());
     }
 
     /// Random bits: even ones end tiles soon, mostly set ones are long codes and the abort marker,

@@ -1,7 +1,7 @@
 #include "libimagedecoder/LbePlaneCursor.h"
 #include "libimagedecoder/CpuArch.h"
 #include "libimagedecoder/ImageDecoderException.h"
-#include "tests/support/PiecewiseStreambuffer.h"
+#include "tests/libimagedecoder/CursorRoad.h"
 #include "tests/support/TestBits.h"
 
 #include <algorithm>
@@ -28,9 +28,8 @@ struct Sight {
     bool operator==(const Sight&) const = default;
 };
 
-/// One reader over a stream in pieces.
-struct Road {
-    Road(const std::vector<uint8_t>& bytes, size_t capacity) { m_Stream.Load(bytes, capacity); }
+struct Road : CursorRoad {
+    using CursorRoad::CursorRoad;
 
     Sight DecodePlainly(const LbePlaneFormat& format) {
         LbePlaneBuffer buffer;
@@ -41,9 +40,6 @@ struct Road {
         }
         return {Samples(buffer.Samples(), buffer.Samples() + format.m_uiSamples), ""};
     }
-
-    tests::PiecewiseStreambuffer m_Stream{nullptr};
-    BitStreamReader m_Reader{&m_Stream, 0, 0, 0, 0};
 };
 
 struct NamedKernel {
@@ -82,19 +78,6 @@ protected:
             sight.samples.push_back(static_cast<uint16_t>(high << 8 | plane.Low()[i]));
         }
         return sight;
-    }
-
-    static void ExpectSameState(const Road& a, const Road& b) {
-        const BitReaderState& stateA = a.m_Reader.GetState();
-        const BitReaderState& stateB = b.m_Reader.GetState();
-        EXPECT_EQ(stateA.m_uiWindow, stateB.m_uiWindow);
-        EXPECT_EQ(stateA.m_uiWindowBits, stateB.m_uiWindowBits);
-        EXPECT_EQ(stateA.m_uiReserve, stateB.m_uiReserve);
-        EXPECT_EQ(stateA.m_uiReserveBits, stateB.m_uiReserveBits);
-        EXPECT_EQ(a.m_Stream.GetPosition(), b.m_Stream.GetPosition());
-        EXPECT_EQ(a.m_Stream.GetPaddingCount(), b.m_Stream.GetPaddingCount());
-        EXPECT_EQ(a.m_Stream.GetConsumedBytes(), b.m_Stream.GetConsumedBytes());
-        EXPECT_EQ(a.m_Stream.IsEndOfStream(), b.m_Stream.IsEndOfStream());
     }
 
     /// The same decoded by both decoders, from the same place, with the same outcome.

@@ -4,6 +4,8 @@ set(KERNEL_TEST_SOURCES
     KernelFactoryTest.cpp
     MaskRunsTest.cpp
     InverseTransform/InverseIctTest.cpp
+    YCbCr4xxToArgb32/ModelConversionTest.cpp
     YCbCr4xxToArgb32/QuantizedConversionTest.cpp
+    YCbCr4xxToArgb32/YCbCr4xxToArgb32NativeTest.cpp
     YCbCr4xxToArgb32/YCbCr4xxToArgb32Test.cpp)
 set(KERNEL_TEST_LIBS vostrel_imagedecoder model_decoder)

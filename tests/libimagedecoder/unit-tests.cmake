@@ -23,5 +23,7 @@ set(UNIT_TEST_SOURCES
     LbePlaneTest.cpp
     LbeTokensTest.cpp
     QuantizedColourTest.cpp
+    RendererArgbTest.cpp
+    RendererPlanesTest.cpp
     RendererTest.cpp
     StreambufferTest.cpp)
