@@ -9,7 +9,10 @@
 #include "tests/support/FakeJvm.h"
 
 #include <array>
+#include <map>
+#include <memory>
 #include <string>
+#include <utility>
 
 namespace Vostrel::fuzz {
 namespace {
@@ -28,8 +31,8 @@ public:
     }
 
     ~Viewer() {
-        for (Decoder& decoder : m_Decoders)
-            Delete(decoder);
+        for (const auto& [arguments, handle] : m_SpareIctDecoders)
+            ICT(deleteImageDecoder)(m_Jvm.env(), nullptr, handle);
         HELPER(deleteRCRenderer)(m_Jvm.env(), nullptr, m_iRenderer);
         HELPER(deleteStreambuffer)(m_Jvm.env(), nullptr, m_iStream);
         HELPER(deleteLogger)(m_Jvm.env(), nullptr, m_iLogger);
@@ -39,15 +42,26 @@ public:
     }
 
     void Run(FuzzInput& input) {
+        SetContrast(-1);
+        SetPostprocessing(JNI_FALSE);
         for (int steps = 0; steps < 12 && !input.IsEmpty(); ++steps) {
             Step(input);
             CheckBalance();
         }
+        for (Decoder& decoder : m_Decoders)
+            Delete(decoder);
     }
 
 private:
+    struct Arguments {
+        jint threads;
+        jint version;
+        jint chroma;
+        auto operator<=>(const Arguments&) const = default;
+    };
     struct Decoder {
         bool lbe = false;
+        Arguments arguments{};
         jlong handle = 0;
     };
 
@@ -62,24 +76,33 @@ private:
             Delete(decoder);
             break;
         case 2:
-            ICT(setContrastEnhance)(m_Jvm.env(), nullptr, m_iRenderer, input.Byte() - 50);
+            SetContrast(input.Byte() - 50);
             break;
         case 3:
-            LBE(setClientPostprocessingEnabled)
-            (m_Jvm.env(), nullptr, m_iRenderer, input.Coin() ? JNI_TRUE : JNI_FALSE);
+            SetPostprocessing(input.Coin() ? JNI_TRUE : JNI_FALSE);
             break;
         default:
             Perform(decoder, input);
         }
     }
 
+    void SetContrast(jint contrast) {
+        ICT(setContrastEnhance)(m_Jvm.env(), nullptr, m_iRenderer, contrast);
+    }
+
+    void SetPostprocessing(jboolean enabled) {
+        LBE(setClientPostprocessingEnabled)(m_Jvm.env(), nullptr, m_iRenderer, enabled);
+    }
+
     void Create(Decoder& decoder, FuzzInput& input) {
         Delete(decoder);
-        // The code tables of ICT take long to make.
         decoder.lbe = input.Byte() < 254;
-        const jint threads = static_cast<jint>(input.Below(3));
-        const jint version = static_cast<jint>(input.Below(4));
-        const jint chroma = static_cast<jint>(input.Below(4));
+        decoder.arguments.threads = static_cast<jint>(input.Below(3));
+        decoder.arguments.version = static_cast<jint>(input.Below(4));
+        decoder.arguments.chroma = static_cast<jint>(input.Below(4));
+        if (!decoder.lbe && TakeSpare(decoder))
+            return;
+        const auto& [threads, version, chroma] = decoder.arguments;
         const auto create = decoder.lbe ? &LBE(createImageDecoder) : &ICT(createImageDecoder);
         decoder.handle = create(m_Jvm.env(), nullptr, m_iRenderer, m_iStream, m_iLogger, threads,
                                 version, chroma);
@@ -90,9 +113,21 @@ private:
     }
 
     void Delete(Decoder& decoder) {
-        (decoder.lbe ? &LBE(deleteImageDecoder) : &ICT(deleteImageDecoder))(m_Jvm.env(), nullptr,
-                                                                            decoder.handle);
-        decoder.handle = 0;
+        const jlong handle = std::exchange(decoder.handle, 0);
+        if (decoder.lbe || handle == 0)
+            (decoder.lbe ? &LBE(deleteImageDecoder) : &ICT(deleteImageDecoder))(m_Jvm.env(),
+                                                                                nullptr, handle);
+        else
+            m_SpareIctDecoders.emplace(decoder.arguments, handle);
+    }
+
+    bool TakeSpare(Decoder& decoder) {
+        const auto spare = m_SpareIctDecoders.find(decoder.arguments);
+        if (spare == m_SpareIctDecoders.end())
+            return false;
+        decoder.handle = spare->second;
+        m_SpareIctDecoders.erase(spare);
+        return true;
     }
 
     void Perform(const Decoder& decoder, FuzzInput& input) {
@@ -176,6 +211,8 @@ private:
     jlong m_iStream;
     jlong m_iRenderer;
     std::array<Decoder, 2> m_Decoders;
+    /// Their code tables take long to make, so that they serve one script after the other.
+    std::multimap<Arguments, jlong> m_SpareIctDecoders;
 };
 
 } // namespace
@@ -183,7 +220,14 @@ private:
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     using namespace Vostrel::fuzz;
+    constexpr int ScriptsOfAViewer = 5000;
+    static auto viewer = std::make_unique<Viewer>();
+    static int scripts = 0;
+    if (++scripts % ScriptsOfAViewer == 0) {
+        viewer.reset(); // ends its virtual machine before the next one begins
+        viewer = std::make_unique<Viewer>();
+    }
     FuzzInput input(data, size);
-    Viewer().Run(input);
+    viewer->Run(input);
     return 0;
 }

@@ -82,6 +82,7 @@ jobject FakeJvm::newReference(Object* object, Kind kind) {
     reference.object = object;
     reference.kind = kind;
     reference.live = true;
+    ++m_live[kind];
     return &reference;
 }
 
@@ -91,14 +92,14 @@ void FakeJvm::deleteReference(jobject reference, Kind kind) {
         return;
     if (!known->live || known->kind != kind)
         m_misuses.emplace_back("deletion of a reference of the wrong kind or twice");
+    if (known->live)
+        --m_live[known->kind];
     known->live = false;
 }
 
 size_t FakeJvm::countLive(Kind kind) const {
-    return static_cast<size_t>(
-        std::count_if(m_references.begin(), m_references.end(), [kind](const Reference& reference) {
-            return reference.live && reference.kind == kind;
-        }));
+    const auto known = m_live.find(kind);
+    return known == m_live.end() ? 0 : known->second;
 }
 
 void FakeJvm::failCall(const std::string& function, int n) {

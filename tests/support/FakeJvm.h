@@ -126,6 +126,7 @@ private:
     std::map<std::thread::id, std::unique_ptr<Environment>> m_environments;
     std::deque<Object> m_objects;
     std::deque<Reference> m_references; ///< never reused, so that a late use shows
+    std::map<Kind, size_t> m_live;
     std::map<std::string, Object*> m_classes;
     std::map<std::string, int> m_calls;
     std::map<std::string, int> m_failingCall;
