@@ -16,15 +16,21 @@ FuzzedDecoder::FuzzedDecoder(const DecoderChoice& choice)
     : m_Renderer(MakeConverter(choice.variant, &m_Logger)), m_pDecoder(MakeDecoder(choice)),
       m_Model(choice.settings) {}
 
+/// Odd numbers of workers draw even the smallest updates.
 std::unique_ptr<IImageDecoder> FuzzedDecoder::MakeDecoder(const DecoderChoice& choice) {
     const model::ModelSettings& settings = choice.settings;
+    std::unique_ptr<MacroblockDecoder> decoder;
     if (settings.codec == model::ModelCodec::Lbe)
-        return std::make_unique<ImageDecoderLbe>(&m_Renderer, &m_Stream, &m_Logger,
-                                                 settings.threads, settings.protocolVersion,
-                                                 settings.chroma, PlaneKernel(choice.variant));
-    return std::make_unique<ImageDecoderIct>(&m_Renderer, &m_Stream, &m_Logger, settings.threads,
-                                             settings.protocolVersion, settings.chroma,
-                                             MakeTransform(choice.variant, &m_Logger));
+        decoder = std::make_unique<ImageDecoderLbe>(&m_Renderer, &m_Stream, &m_Logger,
+                                                    settings.threads, settings.protocolVersion,
+                                                    settings.chroma, PlaneKernel(choice.variant));
+    else
+        decoder = std::make_unique<ImageDecoderIct>(
+            &m_Renderer, &m_Stream, &m_Logger, settings.threads, settings.protocolVersion,
+            settings.chroma, MakeTransform(choice.variant, &m_Logger));
+    if (settings.threads % 2 == 1)
+        decoder->ShareDrawingFrom(1);
+    return decoder;
 }
 
 FuzzedDecoder& FuzzedDecoder::For(const DecoderChoice& choice) {

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 
 namespace Vostrel::libimagedecoder {
 
@@ -50,6 +51,11 @@ public:
 
     /// The current window, for whoever reads ahead in it and then tells how far: GetSize() bytes.
     const uint8_t* GetWindow() const { return m_puiData; }
+
+    /// What the window holds from the position on.
+    std::span<const uint8_t> GetUnread() const {
+        return {m_puiData + m_uiPosition, m_uiSize - m_uiPosition};
+    }
 
     /// Moves within the current window; position is at most GetSize().
     void SetPosition(size_t position) { m_uiPosition = position; }

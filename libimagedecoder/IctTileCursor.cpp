@@ -205,7 +205,8 @@ void IctTileCursor::MakeRoom() {
 
 /// Moves on, unless the reader would have needed a byte behind the window.
 bool IctTileCursor::Commit(const BitRegister& bits, unsigned int windowBits) {
-    if (m_bNearEnd && BytesUpTo(bits.Position(m_puiBytes) + windowBits) > m_uiSize) [[unlikely]]
+    if (bits.Next() > m_puiSurelyInside &&
+        BytesUpTo(bits.Position(m_puiBytes) + windowBits) > m_uiSize) [[unlikely]]
         return false;
     m_Bits = bits;
     m_uiWindowBits = windowBits;
@@ -227,11 +228,9 @@ bool IctTileCursor::Borrow() {
         return false;
     const size_t position = fetchedBits - state.HeldBits();
     m_bBorrowed = true;
-    m_puiBytes = stream.GetWindow();
+    SetBytes(stream.GetWindow(), stream.GetSize());
     m_uiBase = 0;
-    m_uiSize = stream.GetSize();
     m_uiWindowBits = state.m_uiWindowBits;
-    m_bNearEnd = m_bReadableBehind;
     if (m_bReadableBehind) {
         m_puiRoomEnd = m_puiBytes + m_uiSize + ReadAhead;
         m_Bits = BitRegister(m_puiBytes, position);
@@ -244,17 +243,22 @@ bool IctTileCursor::Borrow() {
     return true;
 }
 
+void IctTileCursor::SetBytes(const uint8_t* bytes, size_t size) {
+    constexpr size_t WindowBytes = PeekBits / 8;
+    m_puiBytes = bytes;
+    m_uiSize = size;
+    m_puiSurelyInside = bytes + size - std::min(size, WindowBytes);
+}
+
 /// Goes on in a copy of the window's bytes from a position on.
 void IctTileCursor::CopyTail(size_t position) {
     const size_t firstByte = position / 8;
     const size_t tailBytes = m_uiSize - firstByte;
     std::copy_n(m_puiBytes + firstByte, tailBytes, m_auiTail.data());
     std::fill(m_auiTail.begin() + static_cast<ptrdiff_t>(tailBytes), m_auiTail.end(), uint8_t{0});
-    m_bNearEnd = true;
-    m_puiBytes = m_auiTail.data();
+    SetBytes(m_auiTail.data(), tailBytes);
     m_puiRoomEnd = m_puiBytes + SlackBytes + ReadAhead;
     m_uiBase += firstByte;
-    m_uiSize = tailBytes;
     m_Bits = BitRegister(m_puiBytes, position % 8);
 }
 

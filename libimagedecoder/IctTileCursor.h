@@ -75,6 +75,7 @@ private:
     static_assert(SlackBytes == TileRoom + ReadAhead);
 
     bool Borrow();
+    void SetBytes(const uint8_t* bytes, size_t size);
     bool IsReady();
     void MakeRoom();
     bool Commit(const BitRegister& bits, unsigned int windowBits);
@@ -87,13 +88,13 @@ private:
     BitStreamReader& m_Reader;
     bool m_bReadableBehind;
     bool m_bBorrowed = false;
-    bool m_bNearEnd = false; ///< a tile may run beyond the window
     BitRegister m_Bits;
-    const uint8_t* m_puiBytes = nullptr;   ///< the window, or its tail
-    const uint8_t* m_puiRoomEnd = nullptr; ///< where the register may stand when a tile begins
-    size_t m_uiBase = 0;                   ///< byte of the window where m_puiBytes starts
-    size_t m_uiSize = 0;                   ///< bytes of the window from there on
-    unsigned int m_uiWindowBits = 0;       ///< what the reader would have stalled, 0..16
+    const uint8_t* m_puiBytes = nullptr;        ///< the window, or its tail
+    const uint8_t* m_puiRoomEnd = nullptr;      ///< where the register may stand when a tile begins
+    size_t m_uiBase = 0;                        ///< byte of the window where m_puiBytes starts
+    size_t m_uiSize = 0;                        ///< bytes of the window from there on
+    const uint8_t* m_puiSurelyInside = nullptr; ///< up to here the register needs no closer look
+    unsigned int m_uiWindowBits = 0;            ///< what the reader would have stalled, 0..16
     /// The window's last bytes, and zeros behind them.
     std::array<uint8_t, 2 * SlackBytes> m_auiTail;
 };

@@ -61,9 +61,10 @@ public:
           m_uiLumaStride(rectangle.LumaStride()),
           m_uiChromaStride(m_uiLumaStride / decoder.m_uiChromaDivX) {}
 
-    RecordLength ReadLength() {
-        const uint32_t bits = m_Decoder.ReadStreamBit() != 0 ? LongLengthBits : ShortLengthBits;
-        return {m_Decoder.ReadStreamBits(bits), 1 + bits};
+    template <class Read>
+    static RecordLength ReadLength(Read read) {
+        const uint32_t bits = read(1) != 0 ? LongLengthBits : ShortLengthBits;
+        return {read(bits), 1 + bits};
     }
 
     uint32_t ReadBits(unsigned int n) { return m_Decoder.ReadStreamBits(n); }
@@ -73,12 +74,14 @@ public:
 
     UpdateJobs::Function Schedule(MacroblockBatch& batch) { return ScheduleDecodeTile(batch); }
 
-    void Draw(const bool* skipMask) {
+    void Draw(const DrawnRows& rows, const bool* skipMask) {
+        const UpdateRectangle& rectangle = rows.m_Rectangle;
+        const Macroblock first{0, rows.m_uiTop};
         ImageDecoderRenderer& renderer = *m_Decoder.m_pRenderer;
         (renderer.*m_Decoder.GetDrawFunction())(
-            m_Quality.m_uiLumaBits, m_Quality.m_uiChromaBits, m_Rectangle.m_uiX, m_Rectangle.m_uiY,
-            m_Rectangle.m_uiWidth, m_Rectangle.m_uiHeight, m_uiLumaStride, m_uiChromaStride,
-            m_Decoder.m_lumaPlane.get(), m_Decoder.m_chromaPlane.get(), skipMask);
+            m_Quality.m_uiLumaBits, m_Quality.m_uiChromaBits, rectangle.m_uiX, rectangle.m_uiY,
+            rectangle.m_uiWidth, rectangle.m_uiHeight, m_uiLumaStride, m_uiChromaStride,
+            LumaOf(first), ChromaOf(first), skipMask);
     }
 
 private:
@@ -138,12 +141,13 @@ void ImageDecoderLbe::Update::PrefetchNext(const Macroblock& block) const {
 }
 
 uint8_t* ImageDecoderLbe::Update::LumaOf(const Macroblock& block) const {
-    return &m_Decoder.m_lumaPlane[block.m_uiTop * m_uiLumaStride + block.m_uiLeft];
+    return m_Decoder.m_lumaPlane.get() + block.m_uiTop * m_uiLumaStride + block.m_uiLeft;
 }
 
 uint16_t* ImageDecoderLbe::Update::ChromaOf(const Macroblock& block) const {
-    return &m_Decoder.m_chromaPlane[block.m_uiTop / m_Decoder.m_uiChromaDivY * m_uiChromaStride +
-                                    block.m_uiLeft / m_Decoder.m_uiChromaDivX];
+    return m_Decoder.m_chromaPlane.get() +
+           block.m_uiTop / m_Decoder.m_uiChromaDivY * m_uiChromaStride +
+           block.m_uiLeft / m_Decoder.m_uiChromaDivX;
 }
 
 void ImageDecoderLbe::Update::StoreLuma(const Macroblock& block, const LbePlaneBytes& plane) {

@@ -32,6 +32,13 @@ void ImageDecoderRenderer::SetFramebufferArgb(unsigned char* framebuffer) {
     m_puiFramebufferArgb = reinterpret_cast<uint32_t*>(framebuffer);
 }
 
+bool ImageDecoderRenderer::CanDrawRowsApart(const UpdateRectangle& rectangle) const {
+    constexpr uint32_t LargestCoordinate = 65535;
+    return m_pConverter->IsReentrant() && m_puiFramebufferArgb != nullptr &&
+           !m_bRectangleRelative &&
+           uint32_t{rectangle.m_uiY} + rectangle.m_uiHeight <= LargestCoordinate;
+}
+
 void ImageDecoderRenderer::DrawDataYCbCr420(unsigned short x, unsigned short y,
                                             unsigned short width, unsigned short height,
                                             unsigned long lumaStride, unsigned long chromaStride,

@@ -21,8 +21,9 @@ class ILogger;
 /// of a row included when the rectangle cuts it; a true entry leaves the macroblock's pixels alone.
 /// Nothing is ever written outside the framebuffer's width x height.
 ///
-/// Thread safety: none of its own. Setters are called between updates, drawing happens on the
-/// thread that decodes. The class-wide tables are built under a mutex and then only read.
+/// Thread safety: setters are called between updates, and drawing happens on the thread that
+/// decodes, except as CanDrawRowsApart says. The class-wide tables are built under a mutex and then
+/// only read.
 class ImageDecoderRenderer {
 public:
     /// The logger is not owned and must outlive the renderer. Throws std::bad_alloc, or
@@ -59,6 +60,11 @@ public:
 
     /// Alignment in bytes that suits the colour kernel: 8, 16 or 32.
     uint16_t GetDataAlignmentBytes() const { return m_pConverter->GetDataAlignmentBytes(); }
+
+    /// Whether it is all the same if a rectangle is drawn at once or as several rectangles of whole
+    /// macroblock rows, which different threads may then draw at the same time. That takes an ARGB
+    /// framebuffer of the whole frame, and accelerated conversions.
+    bool CanDrawRowsApart(const UpdateRectangle& rectangle) const;
 
     /// Full-depth drawing. An ARGB framebuffer gets the converted pixels, their luma stretched in
     /// place first; three plane framebuffers get the samples as they are. May throw std::bad_alloc.

@@ -5,6 +5,7 @@
 #include "libthread/ThreadPool.h"
 
 #include <algorithm>
+#include <cstring>
 #include <stdexcept>
 
 namespace Vostrel::libimagedecoder {
@@ -14,6 +15,9 @@ constexpr unsigned long MaxThreads = 1024;
 
 /// Zero bytes that follow a job's record, so that the 16-bit peek at its last code finds bytes.
 constexpr size_t SegmentSlackBytes = 4;
+
+/// Skip code and length of a record: a long count of 16 bits and a length of 10 at most.
+constexpr size_t MaxFieldBytes = (2 + 16 + 11 + 7) / 8;
 
 } // namespace
 
@@ -77,7 +81,7 @@ void MacroblockDecoder::CutSegment(MacroblockJob& record, size_t recordBytes, ui
     if (recordBytes < fetchedBytes)
         ThrowStreamError();
     const size_t copiedBytes = recordBytes - fetchedBytes;
-    const size_t heldBytes = (HeldBits() + 7) / 8;
+    const size_t heldBytes = BytesOfBits(HeldBits());
     record.m_uiSegmentBytes = heldBytes + recordBytes + SegmentSlackBytes;
     record.m_uiHeldBytes = heldBytes;
     record.m_puiSegment = TakeSegment(record, record.m_uiSegmentBytes);
@@ -89,6 +93,26 @@ void MacroblockDecoder::CutSegment(MacroblockJob& record, size_t recordBytes, ui
         *--byte = static_cast<uint8_t>(held);
     record.m_ReaderState = GetState();
     SetState({});
+}
+
+/// The same for a reader that holds nothing, and a record that the stream's window holds whole.
+void MacroblockDecoder::CutAlignedSegment(MacroblockJob& record, size_t recordBytes,
+                                          uint32_t fieldBits) {
+    const size_t fetchedBytes = BytesOfBits(fieldBits);
+    const auto heldBits = static_cast<uint32_t>(8 * fetchedBytes - fieldBits);
+    const size_t heldBytes = BytesOfBits(heldBits);
+    const size_t passedBytes = fetchedBytes - heldBytes;
+    record.m_uiSegmentBytes = heldBytes + recordBytes + SegmentSlackBytes;
+    record.m_uiHeldBytes = heldBytes;
+    record.m_puiSegment = TakeSegment(record, record.m_uiSegmentBytes);
+    const uint8_t* const bytes = m_pStream->GetUnread().data();
+    std::memcpy(record.m_puiSegment, bytes + passedBytes, recordBytes - passedBytes);
+    // A length that is known costs nothing to fill; what is too much of it lies in the bytes that
+    // may be looked at.
+    static_assert(MaxFieldBytes + SegmentSlackBytes <= 16 && 16 <= SegmentReadableBytes);
+    std::memset(record.m_puiSegment + recordBytes - passedBytes, 0, 16);
+    record.m_ReaderState = {0, 0, bytes[fetchedBytes - 1] & ((1u << heldBits) - 1), heldBits};
+    m_pStream->SetPosition(m_pStream->GetPosition() + recordBytes);
 }
 
 /// Memory for a segment: from the segment store while it has room, else the record's own.

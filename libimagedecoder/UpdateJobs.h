@@ -32,8 +32,7 @@ struct MacroblockJob {
 /// Consecutive coded macroblocks that travel to a worker together: handing over a job costs as much
 /// as decoding a macroblock.
 struct MacroblockBatch {
-    /// Measured with bench/compare, row 12: fewer cost time, more leave workers idle at the end.
-    static constexpr size_t Capacity = 32;
+    static constexpr size_t Capacity = 128;
 
     std::array<MacroblockJob, Capacity> m_aJobs;
     size_t m_uiJobs = 0;
@@ -62,11 +61,12 @@ public:
     bool HasPool() const { return m_pPool != nullptr; }
 
     /// Runs walk, which may add jobs, and returns or throws only when every job has finished.
+    /// macroblocks: how many jobs there may be, by which the size of a batch is chosen.
     /// schedule is called on the driving thread once for every batch that is full, or the last.
     /// Throws the first failure in macroblock order; a throw of walk itself comes after those of
     /// the jobs that it had added, since it stopped behind them.
     template <class Walk>
-    void Run(Walk walk, const Schedule& schedule);
+    void Run(size_t macroblocks, Walk walk, const Schedule& schedule);
 
     /// A record for the next job of this update. It stays valid until the next Run, and counts only
     /// once it is added.
@@ -79,7 +79,14 @@ public:
     template <class Decode>
     void DecodeBatch(MacroblockBatch& batch, Decode decode);
 
+    /// Calls part(i) once for every i below parts, on the driving thread and on workers that are
+    /// free, and returns when all calls have ended. No jobs may be left. Throws what one of the calls
+    /// has thrown, the others nevertheless made.
+    void Share(size_t parts, const std::function<void(size_t)>& part);
+
 private:
+    size_t ChooseBatchJobs(size_t macroblocks) const;
+    void BeginBatch();
     void SendBatch();
     void FinishAll();
     void RethrowFirstFailure();
@@ -88,20 +95,22 @@ private:
     unsigned int m_uiInPlaceWorker;
     const Schedule* m_pSchedule = nullptr; ///< of the running update
     std::deque<MacroblockBatch> m_Batches;
-    size_t m_uiBatchesSent = 0;  ///< the next one is being filled
-    size_t m_uiRecordsAdded = 0; ///< to the one that is being filled
+    size_t m_uiBatchJobs = 0; ///< after which a batch is sent
+    size_t m_uiBatchesSent = 0;
+    MacroblockBatch* m_pBatch = nullptr; ///< that is being filled; null: a new one begins
     std::atomic<bool> m_bAnyFailure = false;
 };
 
 template <class Walk>
-void UpdateJobs::Run(Walk walk, const Schedule& schedule) {
+void UpdateJobs::Run(size_t macroblocks, Walk walk, const Schedule& schedule) {
     if (!m_pPool) {
         walk();
         return;
     }
     m_pSchedule = &schedule;
+    m_uiBatchJobs = ChooseBatchJobs(macroblocks);
     m_uiBatchesSent = 0;
-    m_uiRecordsAdded = 0;
+    m_pBatch = nullptr;
     std::exception_ptr walkFailure;
     try {
         walk();

@@ -30,6 +30,9 @@ public:
     /// Bytes: 8, 16 or 32. Planes aligned like this convert fastest.
     virtual std::uint16_t GetDataAlignmentBytes() const = 0;
 
+    /// Whether several threads may convert with one object at the same time.
+    virtual bool IsReentrant() const { return false; }
+
     /// Chroma halved in both directions. An odd last column or row stays unwritten.
     virtual void Convert420(std::uint32_t* destination, const std::uint8_t* luma,
                             const std::uint8_t* cb, const std::uint8_t* cr, unsigned short width,

@@ -110,15 +110,24 @@ private:
                                                     : 0);
     }
 
+    /// Odd numbers of workers draw even the smallest updates.
     std::unique_ptr<IImageDecoder> MakeDecoder() {
+        std::unique_ptr<MacroblockDecoder> decoder;
         if (m_Settings.codec == model::ModelCodec::Lbe)
-            return std::make_unique<ImageDecoderLbe>(&m_Renderer, &m_Stream, &m_Logger,
-                                                     m_Settings.threads, m_Settings.protocolVersion,
-                                                     m_Settings.chroma, PlaneKernel());
-        using InverseTransform::InverseIct::InverseIctFactory;
-        return std::make_unique<ImageDecoderIct>(
-            &m_Renderer, &m_Stream, &m_Logger, m_Settings.threads, m_Settings.protocolVersion,
-            m_Settings.chroma, InverseIctFactory::CreateInverseIct(&m_Logger, IsAccelerated()));
+            decoder = MakeDecoderOf<ImageDecoderLbe>(PlaneKernel());
+        else
+            decoder = MakeDecoderOf<ImageDecoderIct>(
+                InverseTransform::InverseIct::InverseIctFactory::CreateInverseIct(&m_Logger,
+                                                                                  IsAccelerated()));
+        if (m_Settings.threads % 2 == 1)
+            decoder->ShareDrawingFrom(1);
+        return decoder;
+    }
+
+    template <class Decoder, class Kernel>
+    std::unique_ptr<Decoder> MakeDecoderOf(Kernel kernel) {
+        return std::make_unique<Decoder>(&m_Renderer, &m_Stream, &m_Logger, m_Settings.threads,
+                                         m_Settings.protocolVersion, m_Settings.chroma, kernel);
     }
 
     model::ModelSettings m_Settings;

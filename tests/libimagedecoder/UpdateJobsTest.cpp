@@ -3,6 +3,7 @@
 #include "libthread/ThreadPool.h"
 #include "tests/libthread/SystemCalls.h"
 
+#include <array>
 #include <atomic>
 #include <cerrno>
 #include <chrono>
@@ -44,10 +45,13 @@ public:
         return record;
     }
 
+    /// macroblocks: so many that batches are as large as they can be.
     template <class Walk>
-    void Run(Walk walk) {
+    void Run(Walk walk, size_t macroblocks = 1u << 20) {
         m_uiAdded = 0;
-        m_Jobs.Run(walk, [this](MacroblockBatch& batch) -> UpdateJobs::Function {
+        m_vBatches.clear();
+        m_Jobs.Run(macroblocks, walk, [this](MacroblockBatch& batch) -> UpdateJobs::Function {
+            m_vBatches.push_back(batch.m_uiJobs);
             return [this, &batch](unsigned int worker) {
                 m_Jobs.DecodeBatch(batch, [&](MacroblockJob& record) {
                     m_vDecodes[record.m_uiHeldBytes](worker);
@@ -75,12 +79,16 @@ public:
         }
     }
 
+    /// Of the last run: how many jobs each batch had.
+    const std::vector<size_t>& Batches() const { return m_vBatches; }
+
 private:
     static constexpr size_t MostJobs = 6000;
 
     UpdateJobs m_Jobs;
     std::vector<Decode> m_vDecodes; ///< never grows: workers look into it
     size_t m_uiAdded = 0;
+    std::vector<size_t> m_vBatches;
 };
 
 void Nothing(unsigned int) {}
@@ -95,9 +103,12 @@ TEST(UpdateJobs, WithoutAPoolTheWalkRunsAlone) {
         ADD_FAILURE() << "there is nothing to schedule";
         return {};
     };
-    jobs.Run([&] { walked = true; }, never);
+    jobs.Run(
+        10, [&] { walked = true; }, never);
     EXPECT_TRUE(walked);
-    EXPECT_THROW(jobs.Run([] { throw std::runtime_error("walk"); }, never), std::runtime_error);
+    EXPECT_THROW(jobs.Run(
+                     10, [] { throw std::runtime_error("walk"); }, never),
+                 std::runtime_error);
 }
 
 TEST(UpdateJobs, RunReturnsWhenEveryJobHasFinished) {
@@ -281,6 +292,91 @@ TEST(UpdateJobs, OneRunningWorkerOfManyIsEnough) {
     std::atomic<unsigned int> worker = InPlaceWorker;
     jobs.Run([&] { jobs.Add([&](unsigned int index) { worker = index; }); });
     EXPECT_EQ(worker, 3u);
+}
+
+TEST(UpdateJobs, BatchesAreLargeForLargeUpdatesAndManyForEveryWorker) {
+    struct Case {
+        unsigned long threads;
+        size_t macroblocks;
+        std::vector<size_t> batches;
+    };
+    const Case cases[] = {
+        {1, 40, {32, 8}},         // no batch is smaller than 32 but the last
+        {1, 512, {32, 32}},       // 16 batches for the worker
+        {1, 1024, {64, 64}},      //
+        {1, 1 << 20, {128, 128}}, // no batch is larger than 128
+        {2, 2048, {64, 64}},      // 16 batches for each
+        {4, 4096 + 64, {65, 65}},
+    };
+    for (const Case& test : cases) {
+        Jobs jobs(test.threads);
+        size_t count = 0;
+        for (const size_t batch : test.batches)
+            count += batch;
+        jobs.Run(
+            [&] {
+                for (size_t i = 0; i < count; ++i)
+                    jobs.Add(Nothing);
+            },
+            test.macroblocks);
+        EXPECT_EQ(jobs.Batches(), test.batches) << test.threads << " " << test.macroblocks;
+    }
+}
+
+TEST(UpdateJobs, EveryPartIsSharedOutOnce) {
+    for (const unsigned long threads : {1ul, 4ul}) {
+        Jobs jobs(threads);
+        for (const size_t parts : {size_t{0}, size_t{1}, size_t{2}, size_t{100}}) {
+            std::vector<std::atomic<int>> calls(parts);
+            jobs->Share(parts, [&](size_t part) {
+                std::this_thread::sleep_for(std::chrono::microseconds(100));
+                ++calls[part];
+            });
+            for (const std::atomic<int>& count : calls)
+                EXPECT_EQ(count, 1);
+        }
+        // And jobs go on as before.
+        EXPECT_EQ(jobs.Failure([&] { jobs.AddFailing("job"); }), "job");
+    }
+}
+
+TEST(UpdateJobs, AFailedPartIsToldWhenAllPartsHaveRun) {
+    Jobs jobs(2);
+    std::atomic<int> calls = 0;
+    const auto callFailing = [&](size_t part) {
+        ++calls;
+        if (part % 4 == 1)
+            throw std::out_of_range("part");
+    };
+    EXPECT_THROW(jobs->Share(100, callFailing), std::out_of_range);
+    EXPECT_EQ(calls, 100);
+}
+
+TEST(UpdateJobs, WorkersAndTheDrivingThreadTakeParts) {
+    Jobs jobs(1);
+    std::atomic<int> arrived = 0;
+    std::array<std::thread::id, 2> threads;
+    // Neither part ends before the other has begun, so one thread alone would not do.
+    jobs->Share(2, [&](size_t part) {
+        threads[part] = std::this_thread::get_id();
+        for (++arrived; arrived < 2;)
+            std::this_thread::yield();
+    });
+    EXPECT_NE(threads[0], threads[1]);
+    EXPECT_TRUE(threads[0] == std::this_thread::get_id() ||
+                threads[1] == std::this_thread::get_id());
+}
+
+TEST(UpdateJobs, WithoutAWorkerTheDrivingThreadTakesAllParts) {
+    tests::SystemCalls calls;
+    calls.m_createCode = EAGAIN;
+    Jobs noWorker(2);
+    UpdateJobs noPool(nullptr, 0);
+    for (UpdateJobs* jobs : {noWorker.operator->(), &noPool}) {
+        std::vector<size_t> parts;
+        jobs->Share(3, [&](size_t part) { parts.push_back(part); });
+        EXPECT_EQ(parts, (std::vector<size_t>{0, 1, 2}));
+    }
 }
 
 } // namespace
