@@ -59,6 +59,8 @@ public:
     }
 
     bool IsAtEnd() const { return m_uiIndex >= m_uiCount; }
+    /// Macroblocks from this one on.
+    uint32_t Remaining() const { return IsAtEnd() ? 0 : m_uiCount - m_uiIndex; }
     size_t Index() const { return m_uiIndex; }
     Macroblock GetMacroblock() const {
         return {m_uiColumn * MacroblockEdge, m_uiRow * MacroblockEdge};

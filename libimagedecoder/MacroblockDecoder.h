@@ -12,6 +12,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <span>
 
 namespace Vostrel::libimagedecoder {
 
@@ -251,26 +252,26 @@ bool MacroblockDecoder::DecodeCoded(const Macroblock& macroblock, uint32_t skipC
 /// driving thread does for them. Ends before the first record that is not like that, or not well.
 template <class Codec>
 void MacroblockDecoder::CutAlignedRecords(Progress& progress) {
-    while (HeldBits() == 0 && m_pStream->GetUnread().size() >= AlignedFieldsRoom) {
-        BitRegister fields(m_pStream->GetUnread().data(), 0);
+    while (HeldBits() == 0) {
+        const std::span<const uint8_t> bytes = m_pStream->GetUnread();
+        if (bytes.size() < AlignedFieldsRoom)
+            return;
+        BitRegister fields(bytes.data(), 0);
         const auto read = [&](unsigned int n) {
             const auto value = static_cast<uint32_t>(fields.Peek(n));
             fields.Skip(n);
             return value;
         };
         const SkipCode skip = ReadSkipCode(read);
-        if (skip.m_iCount < 0)
-            return;
-        MacroblockPlace place = progress.m_Place;
-        place.Advance(static_cast<uint32_t>(skip.m_iCount));
         const RecordLength length = Codec::ReadLength(read);
         const uint32_t fieldBits = skip.m_uiBits + length.m_uiBits;
-        if (place.IsAtEnd() || length.m_uiBytes < BytesOfBits(fieldBits) ||
-            length.m_uiBytes > m_pStream->GetUnread().size())
+        const auto skipped = static_cast<uint32_t>(skip.m_iCount); // none: more than remain
+        if (skipped >= progress.m_Place.Remaining() || length.m_uiBytes < BytesOfBits(fieldBits) ||
+            length.m_uiBytes > bytes.size())
             return;
         MacroblockJob& record = m_pJobs->NewRecord();
         CutAlignedSegment(record, length.m_uiBytes, fieldBits);
-        progress.m_Place = place;
+        progress.m_Place.Advance(skipped);
         record.m_Macroblock = progress.TakeCoded();
         m_pJobs->AddRecord();
     }
