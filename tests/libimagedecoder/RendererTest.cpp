@@ -104,4 +104,29 @@ TEST(RendererCreation, ChoosesTheFastestKernelAndAnnouncesIt) {
     EXPECT_EQ(renderer.GetDataAlignmentBytes(), fastest->GetDataAlignmentBytes());
 }
 
+TEST(RendererRows, AreDrawnApartIntoAnArgbFramebufferOfTheWholeFrameOnly) {
+    tests::RecordingLogger logger;
+    const UpdateRectangle rectangle{0, 65519, 64, 16};
+    for (const bool accelerate : {false, true}) {
+        ImageDecoderRenderer renderer(
+            YCbCr4xxToArgb32Factory::CreateYCbCr4xxToArgb32(&logger, accelerate));
+        unsigned char memory[64] = {};
+        renderer.SetFramebufferSize(4, 4, false);
+        EXPECT_FALSE(renderer.CanDrawRowsApart(rectangle)) << "there is no framebuffer";
+        renderer.SetFramebufferArgb(memory);
+        // The portable conversion works in lines of its own.
+        EXPECT_EQ(renderer.CanDrawRowsApart(rectangle), accelerate);
+        EXPECT_FALSE(renderer.CanDrawRowsApart({0, 65520, 64, 16})) << "the last row is too far";
+        EXPECT_FALSE(renderer.CanDrawRowsApart({0, 65519, 64, 17}));
+        renderer.SetFramebufferSize(4, 4, true);
+        EXPECT_FALSE(renderer.CanDrawRowsApart(rectangle)) << "rows would all start at the corner";
+        renderer.SetFramebufferSize(4, 4, false);
+        renderer.SetFramebufferArgb(nullptr);
+        renderer.SetFramebufferY(memory);
+        renderer.SetFramebufferCb(memory);
+        renderer.SetFramebufferCr(memory);
+        EXPECT_FALSE(renderer.CanDrawRowsApart(rectangle)) << "planes are placed otherwise";
+    }
+}
+
 } // namespace Vostrel::libimagedecoder
