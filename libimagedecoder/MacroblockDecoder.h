@@ -107,8 +107,6 @@ private:
     /// Bytes that must be there to look at the fields of a record, whatever they are.
     static constexpr size_t AlignedFieldsRoom = 16;
 
-    static constexpr size_t SharedDrawing = 1000;
-
     static constexpr size_t BytesOfBits(size_t bits) { return (bits + 7) / 8; }
 
     /// How far the walk over an update has come, and what it has found coded.
@@ -149,7 +147,7 @@ private:
     std::unique_ptr<bool[]> m_pbSkipMask; ///< kept from update to update, grown when needed
     size_t m_uiSkipMaskSize = 0;
     std::unique_ptr<UpdateJobs> m_pJobs;
-    size_t m_uiSharedDrawing = SharedDrawing;
+    size_t m_uiSharedDrawing = 1000;
 };
 
 template <class Codec>
