@@ -16,7 +16,7 @@ FuzzedDecoder::FuzzedDecoder(const DecoderChoice& choice)
     : m_Renderer(MakeConverter(choice.variant, &m_Logger)), m_pDecoder(MakeDecoder(choice)),
       m_Model(choice.settings) {}
 
-/// Odd numbers of workers draw even the smallest updates.
+/// Three workers draw even the smallest updates.
 std::unique_ptr<IImageDecoder> FuzzedDecoder::MakeDecoder(const DecoderChoice& choice) {
     const model::ModelSettings& settings = choice.settings;
     std::unique_ptr<MacroblockDecoder> decoder;
@@ -28,7 +28,7 @@ std::unique_ptr<IImageDecoder> FuzzedDecoder::MakeDecoder(const DecoderChoice& c
         decoder = std::make_unique<ImageDecoderIct>(
             &m_Renderer, &m_Stream, &m_Logger, settings.threads, settings.protocolVersion,
             settings.chroma, MakeTransform(choice.variant, &m_Logger));
-    if (settings.threads % 2 == 1)
+    if (settings.threads == 3)
         decoder->ShareDrawingFrom(1);
     return decoder;
 }

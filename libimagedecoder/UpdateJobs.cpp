@@ -66,7 +66,8 @@ void UpdateJobs::Share(size_t parts, const std::function<void(size_t)>& part) {
             }
         }
     };
-    const size_t helpers = m_pPool ? std::min<size_t>(m_pPool->runningThreads(), parts) : 0;
+    const size_t helpers =
+        m_pPool && parts > 1 ? std::min<size_t>(m_pPool->runningThreads(), parts - 1) : 0;
     try {
         for (size_t i = 0; i < helpers; ++i) {
             Function job = [&takeParts](unsigned int /*worker*/) { takeParts(); };
