@@ -80,8 +80,8 @@ public:
     void DecodeBatch(MacroblockBatch& batch, Decode decode);
 
     /// Calls part(i) once for every i below parts, on the driving thread and on workers that are
-    /// free, and returns when all calls have ended. No jobs may be left. Throws what one of the calls
-    /// has thrown, the others nevertheless made.
+    /// free, and returns when all calls have ended. No jobs may be left. Throws what one of the
+    /// calls has thrown, the others nevertheless made.
     void Share(size_t parts, const std::function<void(size_t)>& part);
 
 private:

@@ -19,6 +19,10 @@ IYCbCr4xxToArgb32::IYCbCr4xxToArgb32(ILogger* logger) : m_pLogger(logger) {}
 
 IYCbCr4xxToArgb32::~IYCbCr4xxToArgb32() = default;
 
+bool IYCbCr4xxToArgb32::IsReentrant() const {
+    return false;
+}
+
 void IYCbCr4xxToArgb32::ConvertQuantized420(const QuantizedRectangle& area,
                                             QuantizedColours colours) const {
     ConvertByTable<2, 2>(area, colours);

@@ -31,7 +31,7 @@ public:
     virtual std::uint16_t GetDataAlignmentBytes() const = 0;
 
     /// Whether several threads may convert with one object at the same time.
-    virtual bool IsReentrant() const { return false; }
+    virtual bool IsReentrant() const;
 
     /// Chroma halved in both directions. An odd last column or row stays unwritten.
     virtual void Convert420(std::uint32_t* destination, const std::uint8_t* luma,

@@ -21,6 +21,10 @@ std::uint16_t YCbCr4xxToArgb32Avx2::GetDataAlignmentBytes() const {
     return 32;
 }
 
+bool YCbCr4xxToArgb32Avx2::IsReentrant() const {
+    return true;
+}
+
 void YCbCr4xxToArgb32Avx2::Convert420(std::uint32_t* destination, const std::uint8_t* luma,
                                       const std::uint8_t* cb, const std::uint8_t* cr,
                                       unsigned short width, unsigned short height,

@@ -17,6 +17,10 @@ std::uint16_t YCbCr4xxToArgb32Sse2::GetDataAlignmentBytes() const {
     return 16;
 }
 
+bool YCbCr4xxToArgb32Sse2::IsReentrant() const {
+    return true;
+}
+
 void YCbCr4xxToArgb32Sse2::Convert420(std::uint32_t* destination, const std::uint8_t* luma,
                                       const std::uint8_t* cb, const std::uint8_t* cr,
                                       unsigned short width, unsigned short height,

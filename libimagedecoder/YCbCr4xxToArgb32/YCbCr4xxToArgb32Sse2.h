@@ -15,7 +15,7 @@ public:
     ~YCbCr4xxToArgb32Sse2() override;
 
     std::uint16_t GetDataAlignmentBytes() const override;
-    bool IsReentrant() const override { return true; }
+    bool IsReentrant() const override;
     void Convert420(std::uint32_t* destination, const std::uint8_t* luma, const std::uint8_t* cb,
                     const std::uint8_t* cr, unsigned short width, unsigned short height,
                     unsigned long destinationStride, unsigned long lumaStride,
