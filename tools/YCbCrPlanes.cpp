@@ -78,8 +78,9 @@ void FillChroma(const RectangleView& view, ChromaSubsampling chroma, Plane& cb, 
     for (size_t y = 0; y < cb.m_uiHeight; ++y) {
         for (size_t x = 0; x < cb.m_uiWidth; ++x) {
             RgbSum sum;
-            for (size_t i = 0; i < divX * divY; ++i) {
-                sum.Add(view.At(x * divX + i % divX, y * divY + i / divX));
+            for (size_t dy = 0; dy < divY; ++dy) {
+                for (size_t dx = 0; dx < divX; ++dx)
+                    sum.Add(view.At(x * divX + dx, y * divY + dy));
             }
             *cb.At(x, y) =
                 ToSample(RedToCb * sum.m_iRed + GreenToCb * sum.m_iGreen + BlueToCb * sum.m_iBlue,
