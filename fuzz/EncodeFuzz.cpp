@@ -122,6 +122,7 @@ std::vector<uint8_t> NearestPicture(const Picture& picture, const Options& optio
         {0, 0, static_cast<uint16_t>(picture.m_uiWidth), static_cast<uint16_t>(picture.m_uiHeight)},
         options.chroma);
     std::vector<uint8_t> memory;
+    memory.reserve(picture.m_vPixels.size() * 4);
     for (size_t y = 0; y < picture.m_uiHeight; ++y) {
         for (size_t x = 0; x < picture.m_uiWidth; ++x) {
             const size_t column = x / ChromaDivX(options.chroma);

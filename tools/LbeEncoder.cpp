@@ -42,6 +42,7 @@ void LbeEncoder::EncodeBlock(const YCbCrPlanes& planes, size_t column, size_t ro
 void LbeEncoder::EncodeLuma(const YCbCrPlanes& planes, size_t column, size_t row,
                             BitWriter& bits) const {
     std::vector<uint16_t> levels;
+    levels.reserve(MacroblockEdge * MacroblockEdge);
     for (size_t y = 0; y < MacroblockEdge; ++y) {
         for (size_t x = 0; x < MacroblockEdge; ++x) {
             levels.push_back(m_auiLumaLevels[*planes.m_y.At(column * MacroblockEdge + x,
@@ -56,6 +57,7 @@ void LbeEncoder::EncodeChroma(const YCbCrPlanes& planes, size_t column, size_t r
     const size_t width = MacroblockEdge / ChromaDivX(GetChromaSubsampling());
     const size_t height = MacroblockEdge / ChromaDivY(GetChromaSubsampling());
     std::vector<uint16_t> values;
+    values.reserve(width * height);
     for (size_t y = row * height; y < (row + 1) * height; ++y) {
         for (size_t x = column * width; x < (column + 1) * width; ++x) {
             const unsigned cb = m_auiChromaLevels[*planes.m_cb.At(x, y)];

@@ -42,6 +42,7 @@ std::optional<ModelLbeDepths> LbeDepths(unsigned quality, unsigned protocolVersi
 std::vector<int64_t> DecodeRuns(ModelBits& bits, const ModelRunCoding& coding) {
     std::vector<int64_t> entries;
     const auto count = static_cast<size_t>(coding.samples);
+    entries.reserve(count);
     while (entries.size() < count) {
         if (bits.Read(1) == 0) {
             entries.push_back(bits.Read(coding.literalBits));
