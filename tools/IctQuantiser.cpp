@@ -22,13 +22,10 @@ constexpr int MultiplierFractionBits = 10;
 IctQuantiser::IctQuantiser(const std::array<uint32_t, 64>& baseTile,
                            const libimagedecoder::IctQuality& quality) {
     const double* const norms = IInverseIct::s_afNormalizationCoefficients;
-    for (size_t i = 0; i < 64; ++i) {
+    for (size_t i = 0; i < 64; ++i)
         m_aiMultiplier[i] = ImageDecoderIct::CalcDequantDenormDescaleTableValue(
             baseTile[i], quality.m_fScale, quality.m_uiShift,
             CoefficientFractionBits + MultiplierFractionBits, norms[i / 8] * norms[i % 8]);
-        m_afUnitsPerLevel[i] =
-            std::ldexp(static_cast<double>(m_aiMultiplier[i]), -MultiplierFractionBits);
-    }
 }
 
 int64_t IctQuantiser::Reconstruct(size_t index, int level) const {
@@ -39,7 +36,8 @@ int64_t IctQuantiser::Reconstruct(size_t index, int level) const {
 // finest qualities a step is less than the unit in which the decoder keeps coefficients: then
 // several levels reconstruct the same, and the one nearest zero is the cheapest.
 int IctQuantiser::NearestLevel(size_t index, double target) const {
-    const double unitsPerLevel = m_afUnitsPerLevel[index];
+    const double unitsPerLevel =
+        static_cast<double>(m_aiMultiplier[index]) / (1 << MultiplierFractionBits);
     const double quotient = std::clamp<double>(target / unitsPerLevel, -MaxLevel, MaxLevel);
     // A coefficient lies within half a unit of the nearest one kept, and the levels that floor to
     // that one span a whole unit: no candidate is 2 units away.

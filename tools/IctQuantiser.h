@@ -31,8 +31,7 @@ public:
 private:
     int NearestLevel(size_t index, double target) const;
 
-    std::array<int64_t, 64> m_aiMultiplier{};   ///< of 1/64 coefficient for a level, times 2^10
-    std::array<double, 64> m_afUnitsPerLevel{}; ///< the same without the factor
+    std::array<int64_t, 64> m_aiMultiplier{}; ///< of 1/64 coefficient for a level, times 2^10
 };
 
 } // namespace Vostrel::streamencoder

@@ -137,12 +137,8 @@ uint32_t* ModelRenderer::PixelAt(const ModelRectangle& area, int column, int row
 std::vector<uint8_t> ModelRenderer::Memory() const {
     std::vector<uint8_t> bytes(4 * m_vuiArgb.size());
     for (size_t i = 0; i < m_vuiArgb.size(); ++i) {
-        const uint32_t argb = m_vuiArgb[i];
-        uint8_t* const pixel = &bytes[4 * i];
-        pixel[0] = static_cast<uint8_t>(argb);
-        pixel[1] = static_cast<uint8_t>(argb >> 8);
-        pixel[2] = static_cast<uint8_t>(argb >> 16);
-        pixel[3] = static_cast<uint8_t>(argb >> 24);
+        for (size_t byte = 0; byte < 4; ++byte)
+            bytes[4 * i + byte] = static_cast<uint8_t>(m_vuiArgb[i] >> 8 * byte);
     }
     for (const std::vector<uint8_t>* plane : {&m_vuiY, &m_vuiCb, &m_vuiCr})
         bytes.insert(bytes.end(), plane->begin(), plane->end());
