@@ -1,5 +1,7 @@
 #include "tools/rctool/Commands.h"
+#include "tools/rctool/Names.h"
 #include "tools/rctool/Options.h"
+#include "tools/rctool/RecordedUpdates.h"
 #include "tools/rctool/StopWatch.h"
 #include "tools/walker/StreamWalker.h"
 

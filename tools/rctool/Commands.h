@@ -1,5 +1,7 @@
 #pragma once
 
+#include "tools/rctool/ExitCode.h"
+
 #include <CLI/CLI.hpp>
 
 #include <functional>
@@ -7,16 +9,6 @@
 
 /// The command-line tool: every subcommand in a file of its own.
 namespace Vostrel::rctool {
-
-/// How the program ends.
-enum ExitCode {
-    Done = 0,
-    WrongUsage = 1,
-    FileFailed = 2,    ///< unreadable, unwritable, no recording, no picture
-    UpdateFailed = 3,  ///< and had not failed when it was recorded
-    NotVerified = 4,   ///< a checksum or a result differs
-    RecordingEnds = 5, ///< amid a record: what came before it was done
-};
 
 /// The subcommand that was asked for, ready to run. Returns an ExitCode; throws
 /// std::invalid_argument for options that do not go together, std::runtime_error for the rest.

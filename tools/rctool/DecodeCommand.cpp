@@ -1,8 +1,10 @@
 #include "tools/rctool/Commands.h"
 #include "tools/rctool/FrameTimes.h"
+#include "tools/rctool/Names.h"
 #include "tools/rctool/Options.h"
 #include "tools/rctool/OutputFile.h"
 #include "tools/rctool/PictureFile.h"
+#include "tools/rctool/RecordedUpdates.h"
 #include "tools/rctool/StopWatch.h"
 
 #include <chrono>

@@ -1,7 +1,5 @@
 #include "tools/rctool/FrameTimes.h"
 
-#include "tools/rctool/Options.h"
-
 #include <cerrno>
 #include <iostream>
 #include <stdexcept>

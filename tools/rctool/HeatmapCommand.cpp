@@ -3,6 +3,7 @@
 #include "tools/rctool/Heatmap.h"
 #include "tools/rctool/Options.h"
 #include "tools/rctool/OutputFile.h"
+#include "tools/rctool/RecordedUpdates.h"
 #include "tools/walker/StreamWalker.h"
 
 #include <cstdio>

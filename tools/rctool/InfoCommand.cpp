@@ -1,6 +1,7 @@
 #include "tools/rctool/Commands.h"
 #include "tools/rctool/InfoReport.h"
 #include "tools/rctool/Options.h"
+#include "tools/rctool/RecordedUpdates.h"
 
 namespace Vostrel::rctool {
 

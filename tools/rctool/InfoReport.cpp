@@ -1,6 +1,6 @@
 #include "tools/rctool/InfoReport.h"
 
-#include "tools/rctool/Options.h"
+#include "tools/rctool/Names.h"
 
 #include <nlohmann/json.hpp>
 

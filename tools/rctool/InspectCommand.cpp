@@ -1,6 +1,7 @@
 #include "tools/rctool/Commands.h"
 #include "tools/rctool/InspectReport.h"
 #include "tools/rctool/Options.h"
+#include "tools/rctool/RecordedUpdates.h"
 #include "tools/walker/StreamWalker.h"
 
 #include <utility>

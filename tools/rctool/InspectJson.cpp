@@ -1,6 +1,6 @@
 #include "tools/rctool/InspectReport.h"
 
-#include "tools/rctool/Options.h"
+#include "tools/rctool/Names.h"
 #include "tools/walker/StreamStatistics.h"
 
 #include <nlohmann/json.hpp>

@@ -5,6 +5,9 @@
 
 namespace Vostrel::rctool {
 
+/// A path that names the standard output.
+constexpr const char* StandardOutput = "-";
+
 /// Throws std::runtime_error for a file that exists, unless it is to be replaced, and for a folder.
 void CheckOutput(const std::string& path, bool replace);
 

@@ -1,6 +1,6 @@
 #include "tools/rctool/Recorder.h"
 
-#include "tools/rctool/Options.h"
+#include "tools/rctool/RecordedUpdates.h"
 
 #include <filesystem>
 

@@ -1,0 +1,49 @@
+#pragma once
+
+#include "tools/recording/Player.h"
+#include "tools/recording/RecordingReader.h"
+#include "tools/walker/BlockWalker.h"
+
+#include <cstddef>
+#include <stdexcept>
+#include <string>
+#include <variant>
+
+/// What subcommands do with the updates of a recording.
+namespace Vostrel::rctool {
+
+/// How the updates of a recording are coded.
+walker::WalkFormat WalkFormatOf(const recording::Header& header);
+
+/// Complains about a recording that ends amid a record. Returns RecordingEnds then, Done otherwise.
+int ReportEnd(const std::string& path, const recording::RecordingEnd& end);
+
+/// Complains about updates that fail and did not when they were recorded. Returns whether there are
+/// any.
+bool ReportFailures(size_t failures, size_t recordedFailures);
+
+/// The update at a number of its recording, counted from 0. Throws std::invalid_argument when there
+/// is none.
+recording::RecordedUpdate ReadUpdate(recording::RecordingReader& reader, const std::string& path,
+                                     size_t number);
+
+/// That a recording has no update of a number, as it has only so many.
+std::invalid_argument NoSuchUpdate(const std::string& path, size_t updates);
+
+/// Feeds a player with the records of a reader, up to the end or until onUpdate returns false.
+/// onUpdate is called for updates, which it has to play.
+template <class OnUpdate>
+void ForEachUpdate(recording::RecordingReader& reader, recording::Player& player,
+                   OnUpdate onUpdate) {
+    while (const auto record = reader.Next()) {
+        if (const auto* settings = std::get_if<recording::Settings>(&*record))
+            player.Apply(*settings);
+        else if (const auto* picture = std::get_if<recording::RecordedPicture>(&*record))
+            player.Apply(*picture);
+        else if (const auto* update = std::get_if<recording::RecordedUpdate>(&*record);
+                 update != nullptr && !onUpdate(*update))
+            return;
+    }
+}
+
+} // namespace Vostrel::rctool
