@@ -57,6 +57,7 @@ private:
         jint threads;
         jint version;
         jint chroma;
+        // NOLINTNEXTLINE(modernize-use-nullptr): takes the default for a 0 that is compared with
         auto operator<=>(const Arguments&) const = default;
     };
     struct Decoder {
@@ -134,10 +135,10 @@ private:
         const bool argb = input.Coin() || decoder.lbe;
         const int width = input.Between(1, MaxEdge);
         const int height = input.Between(1, MaxEdge);
-        const auto area = static_cast<size_t>(width * height);
-        static GuardedPages pages[3]{GuardedPages(4 * MaxEdge * MaxEdge),
-                                     GuardedPages(MaxEdge * MaxEdge),
-                                     GuardedPages(MaxEdge * MaxEdge)};
+        const auto area = static_cast<size_t>(width) * static_cast<size_t>(height);
+        constexpr size_t MaxArea = size_t{MaxEdge} * MaxEdge;
+        static GuardedPages pages[3]{GuardedPages(4 * MaxArea), GuardedPages(MaxArea),
+                                     GuardedPages(MaxArea)};
         std::array<jobject, 3> buffers{};
         const bool attached = input.Below(8) != 0;
         for (size_t i = 0; attached && i < (argb ? 1 : 3); ++i)
@@ -167,7 +168,8 @@ private:
             Check(pages[i].Intact(), "bytes beside the framebuffer are overwritten");
         for (const tests::FakeHelper::Stall& stall : m_Helper.m_stalls)
             Check(stall.offset >= 0 && stall.count > 0 &&
-                      static_cast<size_t>(stall.offset + stall.count) <= arrayLength,
+                      static_cast<size_t>(stall.offset) + static_cast<size_t>(stall.count) <=
+                          arrayLength,
                   "bytes outside the array are handed back");
         m_Helper.m_stalls.clear();
         m_Helper.m_lines.clear();

@@ -139,7 +139,7 @@ std::vector<uint8_t> RecordingInput(const Seed& seed, const UpdateFormat& format
     auto out = std::make_unique<std::ostringstream>();
     const std::ostringstream& memory = *out;
     recording::RecordingWriter writer(std::move(out), header);
-    constexpr size_t PictureBytes = 8 * 4 * 4;
+    constexpr size_t PictureBytes = size_t{8} * 4 * 4;
     writer.Write(recording::RecordedPicture{std::vector<uint8_t>(PictureBytes, 0x40)});
     recording::RecordedUpdate update;
     update.m_encoded = seed.m_first;

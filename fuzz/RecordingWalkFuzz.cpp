@@ -16,7 +16,6 @@ namespace {
 using namespace walker;
 using model::ModelCodec;
 using model::ModelOutcome;
-using model::ModelRectangle;
 using model::ModelSink;
 
 constexpr ModelCodec Codec = ModelCodec::FUZZED_CODEC;
@@ -54,7 +53,7 @@ public:
 private:
     /// Zeros that a decoder may read behind the data: padding, and behind a record four bytes and
     /// as many as its skip code and length were fetched with.
-    static constexpr size_t BitsBehind = 8 * (2 + 4 + 5);
+    static constexpr size_t BitsBehind = size_t{8} * (2 + 4 + 5);
 
     void Follow(const BitSpan& bits) {
         Check(!m_fault, "something follows a fault");

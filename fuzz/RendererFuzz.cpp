@@ -20,7 +20,7 @@ using model::ModelSink;
 
 constexpr int MaxWidth = 56;
 constexpr int MaxHeight = 40;
-constexpr size_t MaxSamples = 64 * 48;
+constexpr size_t MaxSamples = size_t{64} * 48;
 
 struct Subject {
     explicit Subject(unsigned variant) : renderer(MakeConverter(variant, &logger)) {}
@@ -126,7 +126,8 @@ struct Mask {
         const int columns = model::RoundUpToBlock(scene.area.width) / 16;
         const int rows = model::RoundUpToBlock(scene.area.height) / 16;
         static GuardedPages pages(64);
-        const auto bytes = pages.Place(static_cast<size_t>(columns * rows), scene.flush);
+        const auto bytes =
+            pages.Place(static_cast<size_t>(columns) * static_cast<size_t>(rows), scene.flush);
         for (int block = 0; block < columns * rows; ++block) {
             const bool skipped = (scene.maskBits >> block % 16 & 1) != 0;
             bytes[static_cast<size_t>(block)] = skipped;

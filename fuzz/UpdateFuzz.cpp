@@ -69,7 +69,7 @@ std::string GoodUpdateText(const ModelSettings& settings, unsigned quality, size
         if (settings.protocolVersion < 2)
             text += NoSkip + block;
         else if (settings.threads == 0)
-            text += NoSkip + Bits(0, 8) + block;
+            text.append(NoSkip).append(Bits(0, 8)).append(block);
         else
             text += Codec == ModelCodec::Lbe ? LbeRecord(NoSkip, block) : IctRecord(NoSkip, block);
     }
@@ -175,7 +175,7 @@ private:
 
     ModelOutcome Compare(const UpdateCall& call) {
         model::ModelStream stream({call.bytes.begin(), call.bytes.end()}, call.pieceCapacity);
-        const ModelOutcome expected = m_Subject.Model().Update(call.quality, call.area, stream);
+        ModelOutcome expected = m_Subject.Model().Update(call.quality, call.area, stream);
         const ModelOutcome actual =
             m_Subject.Update(call.quality, call.area, call.bytes, call.pieceCapacity);
         Check(actual.error == expected.error, "another failure than the model's");

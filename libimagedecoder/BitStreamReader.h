@@ -30,7 +30,7 @@ public:
     /// continue where that one stood.
     BitStreamReader(IStreambuffer* stream, unsigned window, unsigned windowBits, unsigned reserve,
                     unsigned reserveBits)
-        : BitReaderState{window, windowBits, reserve, reserveBits}, m_pStream(stream) {}
+        : BitStreamReader(stream, {window, windowBits, reserve, reserveBits}) {}
 
     BitStreamReader(IStreambuffer* stream, const BitReaderState& state)
         : BitReaderState(state), m_pStream(stream) {}

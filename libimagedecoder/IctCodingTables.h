@@ -37,6 +37,7 @@ uint64_t QuantiserReciprocal(unsigned int quant, double scale, unsigned char shi
 /// The integer nearest to value, a half upwards; value is 0.5 or more and below 2^52. std::round
 /// would do, but the shared object would need libm for it alone.
 constexpr uint64_t RoundHalfUp(double value) {
+    // NOLINTNEXTLINE(bugprone-incorrect-roundings): not below 0.5
     return static_cast<uint64_t>(value + 0.5);
 }
 

@@ -7,7 +7,6 @@
 
 namespace Vostrel::streamencoder {
 
-using libimagedecoder::LbePlaneFormat;
 using libimagedecoder::LbeQuality;
 using libimagedecoder::LowestLbeQuality;
 using libimagedecoder::MacroblockEdge;

@@ -1,12 +1,9 @@
-#include "libimagedecoder/ImageDecoderException.h"
 #include "tests/faults/FaultFixture.h"
 
 #include <new>
 
 namespace Vostrel::tests {
 namespace {
-
-using libimagedecoder::ImageDecoderException;
 
 /// A perform method while memory runs out. It leaves std::bad_alloc to its caller on purpose; what
 /// it owes is an object graph that goes on working.

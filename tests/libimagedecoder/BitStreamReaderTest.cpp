@@ -12,7 +12,6 @@ namespace Vostrel::libimagedecoder {
 
 namespace {
 
-using tests::Bits;
 using tests::BytesOf;
 
 /// Bytes from a bit text, as a stream.

@@ -15,7 +15,6 @@ using model::ModelSettings;
 using model::ModelSink;
 using tests::Bits;
 using tests::EndOfUpdate;
-using tests::LongSkip;
 using tests::NoSkip;
 using tests::PlainBlock;
 using tests::Repeated;

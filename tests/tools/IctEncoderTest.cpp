@@ -14,7 +14,6 @@ namespace Vostrel::streamencoder {
 namespace {
 
 using Chroma = ChromaSubsampling;
-using libimagedecoder::UpdateRectangle;
 
 UpdateFormat Format(unsigned version, RecordLayout layout = RecordLayout::Pool) {
     UpdateFormat format;
