@@ -125,10 +125,10 @@ struct Mask {
     explicit Mask(const Scene& scene) : model(scene.area) {
         const int columns = model::RoundUpToBlock(scene.area.width) / 16;
         const int rows = model::RoundUpToBlock(scene.area.height) / 16;
+        const int blocks = columns * rows;
         static GuardedPages pages(64);
-        const auto bytes =
-            pages.Place(static_cast<size_t>(columns) * static_cast<size_t>(rows), scene.flush);
-        for (int block = 0; block < columns * rows; ++block) {
+        const auto bytes = pages.Place(static_cast<size_t>(blocks), scene.flush);
+        for (int block = 0; block < blocks; ++block) {
             const bool skipped = (scene.maskBits >> block % 16 & 1) != 0;
             bytes[static_cast<size_t>(block)] = skipped;
             if (!skipped)
