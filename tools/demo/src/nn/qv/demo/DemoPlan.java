@@ -1,5 +1,6 @@
 package nn.qv.demo;
 
+import java.io.IOException;
 import java.util.ArrayList;
 import java.util.List;
 import nn.qv.imagedecoder.ChromaSubsampling;
@@ -10,6 +11,7 @@ import nn.qv.imagedecoder.RecordLayout;
 
 /** Which screens are shown in which ways: every value of each dimension, not every combination. */
 final class DemoPlan {
+    /** All screens. */
     private static final List<String> ICT_SCREENS =
             List.of(
                     "console-720x400",
@@ -64,10 +66,26 @@ final class DemoPlan {
 
     private DemoPlan() {}
 
-    static List<DemoRun> runs() {
+    /**
+     * @param screens names of the screens that are wanted; none: all of them
+     * @throws IOException if there is no screen of a name
+     */
+    static List<DemoRun> runs(List<String> screens) throws IOException {
+        for (String screen : screens) {
+            if (!ICT_SCREENS.contains(screen)) {
+                throw new IOException(
+                        "No screen is called "
+                                + screen
+                                + "; there are "
+                                + String.join(", ", ICT_SCREENS));
+            }
+        }
         List<DemoRun> runs = new ArrayList<>();
         addRuns(runs, Codec.ICT, ICT_SCREENS, ICT_WAYS);
         addRuns(runs, Codec.LBE, LBE_SCREENS, LBE_WAYS);
+        if (!screens.isEmpty()) {
+            runs.removeIf(run -> !screens.contains(run.screen()));
+        }
         return runs;
     }
 

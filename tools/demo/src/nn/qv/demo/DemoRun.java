@@ -1,5 +1,6 @@
 package nn.qv.demo;
 
+import java.util.Locale;
 import nn.qv.imagedecoder.DecoderOptions;
 
 /**
@@ -16,12 +17,13 @@ record DemoRun(String screen, DecoderOptions options, int quality) {
     }
 
     String codecName() {
-        return options.codec().name().toLowerCase();
+        return options.codec().name().toLowerCase(Locale.ROOT);
     }
 
     /** Names the files of this run. */
     String fileStem() {
         return String.format(
+                Locale.ROOT,
                 "%s-%s-%s-v%d-t%d-q%d",
                 screen,
                 codecName(),
