@@ -1,7 +1,8 @@
 package nn.qv.imagedecoder;
 
 /**
- * A decoder was used after {@link ScreenDecoder#close}.
+ * A decoder was used after {@link ScreenDecoder#close}, or was closed by another thread while it
+ * read an update.
  *
  * <pre>{@code
  * decoder.close();

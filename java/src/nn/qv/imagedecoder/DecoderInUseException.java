@@ -2,11 +2,12 @@ package nn.qv.imagedecoder;
 
 /**
  * A decoder was called while another call was still running: from a second thread, or from within
- * the source that the first call reads from. The running call goes on undisturbed.
+ * the source that the first call reads from. The running call goes on undisturbed. {@link
+ * ScreenDecoder#close} is never refused.
  *
  * <pre>{@code
- * // On the network thread, while the user interface calls decoder.close():
- * decoder.decode(header, input, screen); // close() throws DecoderInUseException
+ * // On the user interface's thread, while the network thread decodes an update:
+ * decoder.setContrast(50); // throws DecoderInUseException
  * }</pre>
  */
 public final class DecoderInUseException extends IllegalStateException {

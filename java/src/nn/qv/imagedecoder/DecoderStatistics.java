@@ -11,7 +11,8 @@ import java.time.Duration;
  * }</pre>
  *
  * @param updates updates decoded
- * @param refusals updates that failed or were refused
+ * @param refusals updates that failed or were refused, for whatever reason; only the first one with
+ *     an {@link UpdateException} is logged as a warning
  * @param bytes bytes of the decoded updates
  * @param feedNanos time spent getting bytes from the sources, waiting for a network included
  * @param decodeNanos time spent decoding and drawing, without the former

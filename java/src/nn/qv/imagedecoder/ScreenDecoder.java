@@ -16,6 +16,7 @@ import nn.qv.imagedecoder.internal.KnownLengthSource;
 import nn.qv.imagedecoder.internal.MarkedStreamSource;
 import nn.qv.imagedecoder.internal.NativeCodec;
 import nn.qv.imagedecoder.internal.NativeObjects;
+import nn.qv.imagedecoder.internal.SourceReads;
 import nn.qv.imagedecoder.internal.UpdateFeed;
 
 /**
@@ -24,24 +25,29 @@ import nn.qv.imagedecoder.internal.UpdateFeed;
  *
  * <p><b>Bytes.</b> An update's bytes come from memory, a stream or a channel. Where the length of
  * an update is not known beforehand, a decoder finds its end by decoding, and gives back what it
- * has read too much: the buffer or stream stands exactly behind the update afterwards. To be sure
+ * has read too much: the buffer or stream stands exactly after the update then. To be sure
  * of the end it may ask for up to two bytes of the next message first. If the device waits for an
  * answer before it sends that, a read that blocks would wait for ever: tell the length then, or let
  * the stream end where nothing more has been announced, which the decoder takes as well.
  *
  * <p><b>Failures.</b> The bytes come from a network and may be anything. An update that cannot be
- * decoded throws an {@link UpdateException} and draws nothing; the decoder stays usable. What a
- * source throws passes through. Wrong arguments of the viewer's own throw {@link
+ * decoded throws an {@link UpdateException} and draws nothing; the decoder stays usable. {@link
+ * UpdateException.Reason#SOURCE_ENDED} says that the stream or channel ended in the middle of an
+ * update; all other reasons are about its bytes. What a source throws passes through. A source that
+ * returns no bytes 1000 times in succession ends the update with an {@link IOException}. Wrong arguments of the viewer's own throw {@link
  * IllegalArgumentException}.
  *
  * <p><b>Threads.</b> Any thread may call, one at a time; a second one gets a {@link
- * DecoderInUseException}. {@link #statistics} and {@link #isClosed} may be called at any time.
+ * DecoderInUseException}. {@link #close}, {@link #statistics} and {@link #isClosed} may be called at
+ * any time.
  *
  * <p><b>Memory.</b> A decoder holds native memory and perhaps threads. {@link #close} gives them
- * back; for a decoder that was forgotten, the garbage collector does so at some time.
+ * back, at the latest when a call that is still running returns; for a decoder that was forgotten,
+ * the garbage collector does so at some time.
  *
- * <p>The library's log lines go to the {@link System.Logger} named {@code nn.qv.imagedecoder}:
- * failures as warnings, the rest for debugging. While a flight recording runs, each update is an
+ * <p>Log lines go to the {@link System.Logger} named {@code nn.qv.imagedecoder}: a decoder's first
+ * failed update as a warning, its others and the library's own lines for debugging. {@link
+ * #statistics} counts them all. While a flight recording runs, each update is an
  * event {@code nn.qv.imagedecoder.Update}.
  *
  * <pre>{@code
@@ -63,17 +69,16 @@ import nn.qv.imagedecoder.internal.UpdateFeed;
 public final class ScreenDecoder implements AutoCloseable {
     private static final Cleaner CLEANER = Cleaner.create();
 
-    /** Finds or reads an update's bytes once the decoder is reserved for the call. */
-    private interface SourceOpener {
-        ByteSource open() throws IOException;
-    }
-
     private final UseGuard guard = new UseGuard();
+    private final SourceReads reads = new SourceReads(guard::expectOpen);
+    private final ChannelBuffers channelBuffers = new ChannelBuffers();
+    private final DecoderOptions options;
     private final UpdateRun run;
     private final Cleaner.Cleanable cleanable;
 
     private ScreenDecoder(
             DecoderOptions options, UpdateFeed feed, NativeObjects objects, Recorder recorder) {
+        this.options = options;
         run = new UpdateRun(options, feed, objects, recorder);
         run.setContrast(options.contrast());
         run.setPostprocessing(options.postprocessing());
@@ -127,6 +132,7 @@ public final class ScreenDecoder implements AutoCloseable {
      */
     public ChangedRectangle decode(UpdateHeader header, byte[] data, Framebuffer framebuffer)
             throws UpdateException {
+        Objects.requireNonNull(data, "data");
         return decode(header, ByteBuffer.wrap(data), framebuffer);
     }
 
@@ -147,7 +153,7 @@ public final class ScreenDecoder implements AutoCloseable {
             throws UpdateException {
         Objects.requireNonNull(data, "data");
         try {
-            return decode(header, framebuffer, () -> new BufferSource(data));
+            return decode(header, framebuffer, new BufferSource(data));
         } catch (UpdateException e) {
             throw e;
         } catch (IOException e) {
@@ -174,13 +180,14 @@ public final class ScreenDecoder implements AutoCloseable {
      */
     public ChangedRectangle decode(UpdateHeader header, InputStream in, Framebuffer framebuffer)
             throws IOException {
+        Objects.requireNonNull(in, "in");
         if (!in.markSupported()) {
             throw new IllegalArgumentException(
                     "An update of unknown length needs a stream that can give back what was read"
                             + " too much: wrap the connection's stream into one"
                             + " BufferedInputStream, or tell the length");
         }
-        return decode(header, framebuffer, () -> new MarkedStreamSource(in));
+        return decode(header, framebuffer, new MarkedStreamSource(in, reads));
     }
 
     /**
@@ -193,7 +200,7 @@ public final class ScreenDecoder implements AutoCloseable {
      * @param framebuffer what to draw into
      * @return what changed
      * @throws UpdateException if the update cannot be decoded
-     * @throws IOException if the stream cannot be read or ends
+     * @throws IOException if the stream cannot be read
      * @throws IllegalArgumentException if the length is negative, or the framebuffer is not one for
      *     this decoder
      * @throws DecoderInUseException if another call is running
@@ -204,7 +211,7 @@ public final class ScreenDecoder implements AutoCloseable {
             throws IOException {
         Objects.requireNonNull(in, "in");
         checkLength(length);
-        return decode(header, framebuffer, () -> KnownLengthSource.of(in, length));
+        return decode(header, framebuffer, new KnownLengthSource(in, length, reads));
     }
 
     /**
@@ -217,7 +224,7 @@ public final class ScreenDecoder implements AutoCloseable {
      * @param framebuffer what to draw into
      * @return what changed
      * @throws UpdateException if the update cannot be decoded
-     * @throws IOException if the channel cannot be read or ends
+     * @throws IOException if the channel cannot be read
      * @throws IllegalBlockingModeException if the channel does not block
      * @throws IllegalArgumentException if the length is negative, or the framebuffer is not one for
      *     this decoder
@@ -229,7 +236,7 @@ public final class ScreenDecoder implements AutoCloseable {
             throws IOException {
         checkBlocking(channel);
         checkLength(length);
-        return decode(header, framebuffer, () -> KnownLengthSource.of(channel, length));
+        return decode(header, framebuffer, new KnownLengthSource(channel, length, reads));
     }
 
     /**
@@ -240,15 +247,17 @@ public final class ScreenDecoder implements AutoCloseable {
      *
      * @param header its rectangle and quality
      * @param channel a channel in blocking mode
-     * @param buffer unused bytes, none in the beginning ({@code limit(0)}); it is filled from the
-     *     channel as needed, so its capacity (at least 32 bytes, better 65536) limits each read
+     * @param buffer unused bytes, none at the start, so call {@code limit(0)} once on a new buffer;
+     *     it is filled from the channel as needed, so its capacity (at least 32 bytes, better
+     *     65536) limits each read
      * @param framebuffer what to draw into
      * @return what changed
      * @throws UpdateException if the update cannot be decoded
      * @throws IOException if the channel cannot be read
      * @throws IllegalBlockingModeException if the channel does not block
-     * @throws IllegalArgumentException if the buffer is too small or read-only, or the framebuffer
-     *     is not one for this decoder
+     * @throws IllegalArgumentException if the buffer is too small or read-only, or is new and full
+     *     of zeros because {@code limit(0)} is missing, or the framebuffer is not one for this
+     *     decoder
      * @throws DecoderInUseException if another call is running
      * @throws DecoderClosedException if the decoder is closed
      */
@@ -259,13 +268,9 @@ public final class ScreenDecoder implements AutoCloseable {
             Framebuffer framebuffer)
             throws IOException {
         checkBlocking(channel);
-        if (buffer.isReadOnly() || buffer.capacity() < ChannelSource.LEAST_CAPACITY) {
-            throw new IllegalArgumentException(
-                    "The channel's buffer must be writable and have at least "
-                            + ChannelSource.LEAST_CAPACITY
-                            + " bytes");
-        }
-        return decode(header, framebuffer, () -> new ChannelSource(channel, buffer));
+        Objects.requireNonNull(buffer, "buffer");
+        channelBuffers.check(buffer);
+        return decode(header, framebuffer, new ChannelSource(channel, buffer, reads));
     }
 
     /**
@@ -311,14 +316,34 @@ public final class ScreenDecoder implements AutoCloseable {
     }
 
     /**
-     * Gives back the native memory and threads and ends the recording. Closing again does nothing.
+     * Refuses all further calls, gives back the native memory and threads, and ends the recording.
+     * Any thread may close at any time; closing again does nothing.
      *
-     * @throws DecoderInUseException if another call is running; the decoder stays open
+     * <p>If a call is running, this method does not wait for it. The running update throws a {@link
+     * DecoderClosedException} at its next read from a stream or channel, or is completed if all its
+     * bytes have arrived; memory, threads and recording are released when that call returns. A read
+     * that is blocked stays blocked: close the socket as well to end it.
      */
     @Override
     public void close() {
-        guard.close();
-        cleanable.clean();
+        if (guard.close()) {
+            cleanable.clean();
+        }
+    }
+
+    /** The codec, the state and the figures, for a log line. */
+    @Override
+    public String toString() {
+        DecoderStatistics figures = statistics();
+        return "ScreenDecoder["
+                + (isClosed() ? "closed" : "open")
+                + ", updates="
+                + figures.updates()
+                + ", refusals="
+                + figures.refusals()
+                + ", "
+                + options
+                + "]";
     }
 
     /** What the native method returned for the last update. */
@@ -327,14 +352,13 @@ public final class ScreenDecoder implements AutoCloseable {
     }
 
     private ChangedRectangle decode(
-            UpdateHeader header, Framebuffer framebuffer, SourceOpener opener)
-            throws IOException {
+            UpdateHeader header, Framebuffer framebuffer, ByteSource source) throws IOException {
         Objects.requireNonNull(header, "header");
+        Objects.requireNonNull(framebuffer, "framebuffer");
         run.checkFramebuffer(framebuffer);
         guard.enter();
         try {
-            long start = System.nanoTime();
-            return run.decode(header, opener.open(), framebuffer, start);
+            return run.decode(header, source, framebuffer);
         } finally {
             leave();
         }
@@ -351,7 +375,9 @@ public final class ScreenDecoder implements AutoCloseable {
 
     /** Keeps the cleaner from a decoder whose last call has not come to its end. */
     private void leave() {
-        guard.leave();
+        if (guard.leave()) {
+            cleanable.clean();
+        }
         Reference.reachabilityFence(this);
     }
 

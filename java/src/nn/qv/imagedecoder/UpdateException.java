@@ -23,8 +23,13 @@ public final class UpdateException extends IOException {
     public enum Reason {
         /** Its bytes are not those of an update. */
         CORRUPT,
-        /** It ended too early. */
+        /** Its bytes are too few: the array, the buffer or the given length ended too early. */
         TRUNCATED,
+        /**
+         * The stream or channel ended in the middle of the update, so the connection was closed.
+         * What arrived until then says nothing about the device's data.
+         */
+        SOURCE_ENDED,
         /** Its rectangle does not belong to the framebuffer; its bytes were not looked at. */
         RECTANGLE,
         /** Its quality value is none of the encoding's; its bytes were not looked at. */
@@ -34,7 +39,7 @@ public final class UpdateException extends IOException {
     /** Why it failed. */
     private final Reason reason;
 
-    /** Whether the source stands behind the update. */
+    /** Whether the source stands after the update. */
     private final boolean sourceInStep;
 
     UpdateException(Reason reason, boolean sourceInStep, String message) {
@@ -53,9 +58,9 @@ public final class UpdateException extends IOException {
     }
 
     /**
-     * Whether the source of the bytes stands behind the failed update, where the next message
-     * begins. That is so for updates whose length was given; all others leave the source where the
-     * update began, or where a channel's reads have brought it.
+     * Whether the source of the bytes stands after the failed update, where the next message
+     * begins. That is so for updates whose length was given, if all their bytes arrived; all others
+     * leave the source where the update began, or where a channel's reads have brought it.
      *
      * @return true if the next message can be read from the source
      */

@@ -5,10 +5,12 @@ import java.nio.ByteBuffer;
 import nn.qv.imagedecoder.internal.BufferSource;
 import nn.qv.imagedecoder.internal.ByteSource;
 import nn.qv.imagedecoder.internal.Counters;
+import nn.qv.imagedecoder.internal.FailureLog;
 import nn.qv.imagedecoder.internal.NativeCodec;
 import nn.qv.imagedecoder.internal.NativeObjects;
 import nn.qv.imagedecoder.internal.NativeTarget;
 import nn.qv.imagedecoder.internal.NativeUpdate;
+import nn.qv.imagedecoder.internal.SourceEndedException;
 import nn.qv.imagedecoder.internal.TransferArrays;
 import nn.qv.imagedecoder.internal.UpdateFeed;
 import nn.qv.imagedecoder.internal.UpdateTrace;
@@ -24,6 +26,7 @@ final class UpdateRun {
     private final NativeObjects objects;
     private final Recorder recorder;
     private final Counters counters = new Counters();
+    private final FailureLog failures = new FailureLog();
     private final TransferArrays transfers = new TransferArrays();
 
     /** Of the running update, or of the last one. */
@@ -74,17 +77,16 @@ final class UpdateRun {
     }
 
     /**
-     * Decodes an update and settles its source.
-     *
-     * @param started System.nanoTime() when the source began to be opened
+     * Decodes an update and settles its source, which is not open yet.
      */
-    ChangedRectangle decode(
-            UpdateHeader header, ByteSource source, Framebuffer framebuffer, long started)
+    ChangedRectangle decode(UpdateHeader header, ByteSource source, Framebuffer framebuffer)
             throws IOException {
+        long started = System.nanoTime();
         Object token = TRACE.begin();
         String failure = null;
-        begin(source, started);
+        begin(source);
         try {
+            open(header, source, started);
             perform(header, source, framebuffer);
             source.settle(consumed);
             counters.addUpdate(consumed);
@@ -104,14 +106,27 @@ final class UpdateRun {
         }
     }
 
-    private void begin(ByteSource source, long started) {
+    private void begin(ByteSource source) {
         lastResult = FAILED;
         consumed = 0;
-        feedNanos = System.nanoTime() - started;
+        feedNanos = 0;
         feed.begin(source);
     }
 
-    private static void giveUp(ByteSource source, Throwable reason) {
+    private void open(UpdateHeader header, ByteSource source, long started) throws IOException {
+        try {
+            source.open();
+        } catch (SourceEndedException e) {
+            throw refused(UpdateFailures.ended(options.codec(), header, e));
+        } finally {
+            feedNanos = System.nanoTime() - started;
+        }
+    }
+
+    private void giveUp(ByteSource source, Throwable reason) {
+        if (reason instanceof UpdateException e) {
+            failures.add(e.getMessage());
+        }
         try {
             source.settle(-1);
         } catch (IOException | RuntimeException e) {
@@ -137,7 +152,7 @@ final class UpdateRun {
             recorder.end(header, feed.delivered(consumed), lastResult);
         }
         if (lastResult == FAILED) {
-            throw UpdateFailures.of(options.codec(), header, feed, source.inStepAfterFailure());
+            throw UpdateFailures.of(options.codec(), header, feed, source);
         }
     }
 
@@ -145,12 +160,20 @@ final class UpdateRun {
             throws UpdateException {
         String problem = UpdateChecks.rectangleProblem(options.codec(), header, framebuffer);
         if (!problem.isEmpty()) {
-            if (recorder != null) {
-                recorder.note(problem);
-            }
-            throw new UpdateException(
-                    UpdateException.Reason.RECTANGLE, source.inStepAfterFailure(), problem);
+            throw refused(
+                    new UpdateException(
+                            UpdateException.Reason.RECTANGLE,
+                            source.inStepAfterFailure(),
+                            problem));
         }
+    }
+
+    /** Leaves a note in the recording for an update that does not get into it. */
+    private UpdateException refused(UpdateException reason) {
+        if (recorder != null) {
+            recorder.note(reason.getMessage());
+        }
+        return reason;
     }
 
     /**
@@ -160,7 +183,9 @@ final class UpdateRun {
      */
     private int exactlyConsumed(UpdateHeader header, Framebuffer framebuffer) {
         byte[] whole = feed.delivered();
-        feed.begin(new BufferSource(ByteBuffer.wrap(whole)));
+        BufferSource again = new BufferSource(ByteBuffer.wrap(whole));
+        again.open();
+        feed.begin(again);
         perform(
                 new byte[whole.length],
                 NativeTarget.none(framebuffer.width(), framebuffer.height()),

@@ -2,7 +2,10 @@ package nn.qv.imagedecoder;
 
 import java.util.concurrent.atomic.AtomicReference;
 
-/** Lets one call of a decoder through at a time, and none after the closing one. */
+/**
+ * Lets one call of a decoder through at a time, and none once the decoder is closed. Whichever comes
+ * last, closing or the end of the running call, releases the decoder.
+ */
 final class UseGuard {
     private static final Object CLOSED = new Object();
 
@@ -18,14 +21,29 @@ final class UseGuard {
         expectNone(other);
     }
 
-    /** Ends a call that has entered. */
-    void leave() {
-        user.set(null);
+    /**
+     * Ends a call that has entered.
+     *
+     * @return whether the decoder was closed meanwhile, so that the caller must release it
+     */
+    boolean leave() {
+        return !user.compareAndSet(Thread.currentThread(), null);
     }
 
-    /** Lets nobody in from here on; closing again does nothing. */
-    void close() {
-        expectNone(user.compareAndExchange(null, CLOSED));
+    /**
+     * Refuses all calls from here on.
+     *
+     * @return whether the caller must release the decoder: no call is running, and it was open
+     */
+    boolean close() {
+        return user.getAndSet(CLOSED) == null;
+    }
+
+    /** For a running call. */
+    void expectOpen() {
+        if (isClosed()) {
+            throw new DecoderClosedException("The decoder was closed during this update");
+        }
     }
 
     boolean isClosed() {
@@ -38,8 +56,7 @@ final class UseGuard {
             throw new DecoderInUseException(
                     "The decoder is in use by "
                             + describe(thread)
-                            + "; it serves one call at a time, and close() waits for none: let the"
-                            + " thread that decodes also close");
+                            + "; it serves one call at a time");
         }
     }
 

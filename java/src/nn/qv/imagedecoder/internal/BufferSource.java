@@ -2,10 +2,10 @@ package nn.qv.imagedecoder.internal;
 
 import java.nio.ByteBuffer;
 
-/** Bytes in memory; the buffer's position moves behind the update, and stays if that fails. */
+/** Bytes in memory; the buffer's position moves past the update, and stays if that fails. */
 public final class BufferSource implements ByteSource {
     private final ByteBuffer buffer;
-    private final int start;
+    private int start;
     private int position;
 
     /**
@@ -13,6 +13,10 @@ public final class BufferSource implements ByteSource {
      */
     public BufferSource(ByteBuffer buffer) {
         this.buffer = buffer;
+    }
+
+    @Override
+    public void open() {
         start = buffer.position();
         position = start;
     }

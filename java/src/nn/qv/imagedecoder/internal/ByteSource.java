@@ -7,6 +7,9 @@ import java.io.IOException;
  * update has; {@link #settle} says how many it had.
  */
 public interface ByteSource {
+    /** Gets ready for the first read. The decoder is reserved for this update from here on. */
+    default void open() throws IOException {}
+
     /**
      * Stores the next bytes at the start of the target.
      *
@@ -24,8 +27,13 @@ public interface ByteSource {
      */
     void settle(int consumed) throws IOException;
 
-    /** Whether the source stands behind the update although that failed. */
+    /** Whether the source stands after the update although that failed. */
     default boolean inStepAfterFailure() {
+        return false;
+    }
+
+    /** Whether its end is that of a stream or channel, and not merely of the bytes in memory. */
+    default boolean endsConnection() {
         return false;
     }
 }

@@ -17,12 +17,14 @@ public final class ChannelSource implements ByteSource {
 
     private final ReadableByteChannel channel;
     private final ByteBuffer buffer;
+    private final SourceReads reads;
     private int delivered;
 
     /** The buffer must be writable and have at least the least capacity. */
-    public ChannelSource(ReadableByteChannel channel, ByteBuffer buffer) {
+    public ChannelSource(ReadableByteChannel channel, ByteBuffer buffer, SourceReads reads) {
         this.channel = channel;
         this.buffer = buffer;
+        this.reads = reads;
     }
 
     @Override
@@ -48,18 +50,19 @@ public final class ChannelSource implements ByteSource {
         }
     }
 
-    /** Reads behind the last bytes, which may have to be given back. */
+    @Override
+    public boolean endsConnection() {
+        return true;
+    }
+
+    /** Reads after the last bytes, which may have to be given back. */
     private boolean refill() throws IOException {
         int kept = Math.min(KEPT_BYTES, Math.min(delivered, buffer.position()));
         buffer.position(buffer.position() - kept).compact();
-        int count = 0;
         try {
-            while (count == 0) {
-                count = channel.read(buffer);
-            }
+            return reads.read(() -> channel.read(buffer)) > 0;
         } finally {
             buffer.flip().position(kept);
         }
-        return count > 0;
     }
 }

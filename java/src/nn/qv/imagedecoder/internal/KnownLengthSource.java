@@ -1,37 +1,62 @@
 package nn.qv.imagedecoder.internal;
 
-import java.io.EOFException;
 import java.io.IOException;
 import java.io.InputStream;
 import java.nio.ByteBuffer;
 import java.nio.channels.Channels;
 import java.nio.channels.ReadableByteChannel;
+import java.util.Arrays;
 
 /**
- * An update of known length, taken from a stream or channel before it is decoded: whatever becomes
- * of it, the next message is next.
+ * An update of known length, read completely from a stream or channel before it is decoded. Whether
+ * it can be decoded or not, the next message comes next.
  */
 public final class KnownLengthSource implements ByteSource {
-    private final BufferSource bytes;
+    private static final int FIRST_CAPACITY = 1 << 16;
 
-    private KnownLengthSource(ByteBuffer bytes) {
-        this.bytes = new BufferSource(bytes);
+    private final InputStream in;
+    private final int length;
+    private final SourceReads reads;
+    private BufferSource bytes;
+
+    /** Reads from a stream. */
+    public KnownLengthSource(InputStream in, int length, SourceReads reads) {
+        this.in = in;
+        this.length = length;
+        this.reads = reads;
     }
 
-    /** Reads the update. Its length may be a lie: there is memory for what comes, not for that. */
-    public static KnownLengthSource of(InputStream in, int length) throws IOException {
-        byte[] bytes = in.readNBytes(length);
-        if (bytes.length < length) {
-            throw new EOFException(
-                    "The stream ended after " + bytes.length + " of " + length + " bytes");
+    /** Reads from a channel in blocking mode. */
+    public KnownLengthSource(ReadableByteChannel channel, int length, SourceReads reads) {
+        this(Channels.newInputStream(channel), length, reads);
+    }
+
+    @Override
+    public void open() throws IOException {
+        BufferSource complete = new BufferSource(ByteBuffer.wrap(readAll(), 0, length));
+        complete.open();
+        bytes = complete;
+    }
+
+    /** Memory grows with what arrives, because the length may be wrong. */
+    private byte[] readAll() throws IOException {
+        byte[] target = new byte[Math.min(length, FIRST_CAPACITY)];
+        int count = 0;
+        while (count < length) {
+            if (count == target.length) {
+                target = Arrays.copyOf(target, (int) Math.min(length, 2L * count));
+            }
+            count += readSome(target, count);
         }
-        return new KnownLengthSource(ByteBuffer.wrap(bytes));
+        return target;
     }
 
-    /** Reads the update, likewise. */
-    public static KnownLengthSource of(ReadableByteChannel channel, int length)
-            throws IOException {
-        return of(Channels.newInputStream(channel), length);
+    private int readSome(byte[] target, int from) throws IOException {
+        int count = reads.read(() -> in.read(target, from, target.length - from));
+        if (count < 0) {
+            throw new SourceEndedException(from, length);
+        }
+        return count;
     }
 
     @Override
@@ -46,11 +71,11 @@ public final class KnownLengthSource implements ByteSource {
 
     @Override
     public void settle(int consumed) {
-        bytes.settle(consumed);
+        // All of it has been read already.
     }
 
     @Override
     public boolean inStepAfterFailure() {
-        return true;
+        return bytes != null;
     }
 }

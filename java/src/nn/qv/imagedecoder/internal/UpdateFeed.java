@@ -22,6 +22,7 @@ public final class UpdateFeed extends NativeImageDecodingHelper {
     private int pieces;
     private int returnedBytes;
     private int returnedOffset;
+    private boolean ended;
     private Throwable failure;
     private String failureLine;
     private long nanos;
@@ -33,6 +34,7 @@ public final class UpdateFeed extends NativeImageDecodingHelper {
         pieces = 0;
         returnedBytes = 0;
         returnedOffset = 0;
+        ended = false;
         failure = null;
         failureLine = null;
         nanos = 0;
@@ -55,6 +57,11 @@ public final class UpdateFeed extends NativeImageDecodingHelper {
     /** What the library logged about the update, null if it has not failed. */
     public String failureLine() {
         return failureLine;
+    }
+
+    /** Whether the source has reported its end. */
+    public boolean ended() {
+        return ended;
     }
 
     /** Time spent in the source since the update began. */
@@ -88,12 +95,11 @@ public final class UpdateFeed extends NativeImageDecodingHelper {
 
     @Override
     protected void print(String line) {
-        boolean decoding = source != null;
-        if (decoding) {
+        if (source != null) {
             failureLine = line;
         }
         try {
-            LOGGER.log(decoding ? Level.WARNING : Level.DEBUG, line);
+            LOGGER.log(Level.DEBUG, line);
         } catch (RuntimeException e) {
             // A broken log handler must not end the update, let alone the process.
         } catch (Error e) {
@@ -105,10 +111,12 @@ public final class UpdateFeed extends NativeImageDecodingHelper {
     protected int read(byte[] target, int capacity) {
         long start = System.nanoTime();
         try {
-            int count = Math.max(0, source.read(target, capacity));
-            if (count > 0) {
-                remember(target, count);
+            int count = source.read(target, capacity);
+            ended = count < 0;
+            if (ended) {
+                return 0;
             }
+            remember(target, count);
             return count;
         } catch (Throwable e) {
             failure = e;

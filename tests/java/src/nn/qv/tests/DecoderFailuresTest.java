@@ -1,14 +1,14 @@
 package nn.qv.tests;
 
 import java.io.ByteArrayInputStream;
-import java.io.EOFException;
 import java.io.IOException;
 import java.io.InputStream;
 import java.nio.ByteBuffer;
-import java.nio.channels.ReadableByteChannel;
+import java.util.ArrayList;
 import java.util.Arrays;
 import java.util.List;
 import java.util.logging.Level;
+import java.util.logging.LogRecord;
 import nn.qv.imagedecoder.ChromaSubsampling;
 import nn.qv.imagedecoder.Codec;
 import nn.qv.imagedecoder.Framebuffer;
@@ -27,6 +27,7 @@ final class DecoderFailuresTest extends ScreenDecoderFixture {
     public static void main(String[] arguments) throws IOException {
         DecoderFailuresTest tests = new DecoderFailuresTest(arguments);
         tests.failures();
+        tests.logs();
         tests.brokenLogs();
         tests.refusedUpdates();
         tests.run.finish();
@@ -34,7 +35,7 @@ final class DecoderFailuresTest extends ScreenDecoderFixture {
 
     private void failures() {
         test(
-                "an update that ends too early is truncated, is logged once, and draws nothing",
+                "an update that ends too early is truncated, and draws nothing",
                 (decoder, framebuffer) -> {
                     byte[] cut = Arrays.copyOf(data(), good.step().consumedBytes() / 2);
                     ByteBuffer buffer = ByteBuffer.wrap(cut);
@@ -46,7 +47,6 @@ final class DecoderFailuresTest extends ScreenDecoderFixture {
                     TestRun.expect(!e.sourceInStep(), "in step");
                     TestRun.expectEqual(0, buffer.position(), "position");
                     TestRun.expect(e.getMessage().contains(header().toString()), e.getMessage());
-                    TestRun.expectEqual(1, log.take(Level.WARNING).size(), "log lines");
                     TestRun.expectEqual(framebuffer().pixels(), framebuffer.pixels(), "pixels");
                     expectDecodes(decoder);
                 });
@@ -60,27 +60,6 @@ final class DecoderFailuresTest extends ScreenDecoderFixture {
                                     () -> decoder.decode(header(), in, 3, framebuffer));
                     TestRun.expect(e.sourceInStep(), "not in step");
                     TestRun.expectEqual(data().length - 3, in.available(), "bytes left");
-                });
-        test(
-                "a stream or channel that ends within a known length says how far it came, and"
-                        + " takes no memory for the rest",
-                (decoder, framebuffer) -> {
-                    for (int length : new int[] {5, Integer.MAX_VALUE}) {
-                        InputStream in = new ByteArrayInputStream(new byte[3]);
-                        expectEnded(
-                                length,
-                                () -> decoder.decode(header(), in, length, framebuffer));
-                        PieceStream channel = new PieceStream(new byte[3], 0, 2);
-                        expectEnded(
-                                length,
-                                () ->
-                                        decoder.decode(
-                                                header(),
-                                                (ReadableByteChannel) channel,
-                                                length,
-                                                framebuffer));
-                    }
-                    expectDecodes(decoder);
                 });
         for (Exception thrown :
                 List.of(new IOException("broken"), new IllegalStateException("broken"))) {
@@ -99,10 +78,43 @@ final class DecoderFailuresTest extends ScreenDecoderFixture {
         }
     }
 
-    private static void expectEnded(int length, TestRun.Body body) throws Exception {
-        EOFException e = TestRun.expectThrown(EOFException.class, body);
-        TestRun.expectEqual(
-                "The stream ended after 3 of " + length + " bytes", e.getMessage(), "message");
+    private void logs() {
+        test(
+                "the first failed update of a decoder is a warning, the others are for debugging",
+                (decoder, framebuffer) -> {
+                    List<String> messages = new ArrayList<>();
+                    for (int i = 0; i < 3; i++) {
+                        UpdateException e =
+                                TestRun.expectThrown(
+                                        UpdateException.class,
+                                        () -> decoder.decode(header(), new byte[1], framebuffer));
+                        messages.add(e.getMessage());
+                    }
+                    List<LogRecord> lines = log.takeAll();
+                    List<String> warnings = LogCapture.messages(lines, Level.WARNING);
+                    List<String> others = LogCapture.messages(lines, Level.FINE);
+                    TestRun.expectEqual(1, warnings.size(), "warnings");
+                    String warning = warnings.get(0);
+                    TestRun.expect(warning.startsWith(messages.get(0)), warning);
+                    TestRun.expect(!warning.contains("Java_"), warning);
+                    TestRun.expect(others.containsAll(messages.subList(1, 3)), "" + others);
+                    long nativeLines =
+                            others.stream().filter(line -> line.contains("occured in")).count();
+                    TestRun.expectEqual(3L, nativeLines, "lines of the library");
+                    TestRun.expectEqual(3L, decoder.statistics().refusals(), "refusals");
+                });
+        test(
+                "what the source throws is not logged as a warning",
+                (decoder, framebuffer) -> {
+                    TestRun.expectThrown(
+                            IOException.class,
+                            () ->
+                                    decoder.decode(
+                                            header(),
+                                            throwing(new IOException("broken")),
+                                            framebuffer));
+                    TestRun.expectEqual(0, log.take(Level.WARNING).size(), "warnings");
+                });
     }
 
     private void brokenLogs() {

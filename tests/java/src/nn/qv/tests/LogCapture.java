@@ -24,14 +24,23 @@ final class LogCapture extends Handler {
     }
 
     /** The lines of one level since the last call, oldest first. */
-    synchronized List<String> take(Level level) {
-        List<String> lines =
-                records.stream()
-                        .filter(record -> record.getLevel().equals(level))
-                        .map(LogRecord::getMessage)
-                        .toList();
+    List<String> take(Level level) {
+        return messages(takeAll(), level);
+    }
+
+    /** All lines since the last call, oldest first. */
+    synchronized List<LogRecord> takeAll() {
+        List<LogRecord> taken = List.copyOf(records);
         records.clear();
-        return lines;
+        return taken;
+    }
+
+    /** The messages of one level. */
+    static List<String> messages(List<LogRecord> lines, Level level) {
+        return lines.stream()
+                .filter(record -> record.getLevel().equals(level))
+                .map(LogRecord::getMessage)
+                .toList();
     }
 
     /** From now on throws that for every line, a RuntimeException or Error; null ends it. */
