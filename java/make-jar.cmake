@@ -22,7 +22,7 @@ set(native ${FOLDER}/content/nn/qv/imagedecoder/native/linux-x86_64)
 file(MAKE_DIRECTORY ${native})
 
 file(GLOB_RECURSE sources ${SOURCES}/*.java)
-run(${JAVAC} --release 17 -encoding UTF-8 -Xlint:all -Werror -proc:none
+run(${JAVAC} --release 17 -encoding UTF-8 -Xlint:all -Werror -proc:none -parameters -g
     -d ${FOLDER}/content ${sources})
 
 get_filename_component(object ${OBJECT} REALPATH)

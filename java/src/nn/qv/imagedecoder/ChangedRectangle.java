@@ -1,5 +1,7 @@
 package nn.qv.imagedecoder;
 
+import java.util.Objects;
+
 /**
  * The part of a framebuffer that an update changed: the bounding box of its coded macroblocks, cut
  * at the framebuffer's edges.
@@ -54,6 +56,7 @@ public record ChangedRectangle(int x, int y, int width, int height) {
      * @return the rectangle around both
      */
     public ChangedRectangle union(ChangedRectangle other) {
+        Objects.requireNonNull(other, "other");
         if (isEmpty()) {
             return other;
         }

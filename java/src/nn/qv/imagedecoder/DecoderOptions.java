@@ -126,6 +126,27 @@ public final class DecoderOptions {
         return Optional.ofNullable(recording);
     }
 
+    /** All options, for a log line. */
+    @Override
+    public String toString() {
+        return "DecoderOptions["
+                + codec
+                + ", "
+                + protocolVersion
+                + ", "
+                + chromaSubsampling
+                + ", "
+                + recordLayout
+                + ", threads="
+                + threads
+                + ", contrast="
+                + contrast
+                + ", postprocessing="
+                + postprocessing
+                + (recording == null ? "" : ", recording=" + recording)
+                + "]";
+    }
+
     static void checkContrast(int level) {
         if (level < 0 || level > MAX_CONTRAST) {
             throw new IllegalArgumentException(

@@ -71,6 +71,7 @@ public final class Framebuffer {
      */
     public static Framebuffer argb(int width, int height, ByteBuffer memory) {
         FramebufferMemory.checkSize(width, height);
+        Objects.requireNonNull(memory, "memory");
         ByteBuffer words = FramebufferMemory.wordsWithin(memory, width * height);
         return new Framebuffer(width, height, null, words);
     }
@@ -153,6 +154,7 @@ public final class Framebuffer {
      * @throws UnsupportedOperationException for planes
      */
     public int[] copy(ChangedRectangle region) {
+        Objects.requireNonNull(region, "region");
         Objects.checkFromIndexSize(region.x(), region.width(), width);
         Objects.checkFromIndexSize(region.y(), region.height(), height);
         IntBuffer from = pixels();
@@ -184,6 +186,8 @@ public final class Framebuffer {
      * @throws UnsupportedOperationException for planes
      */
     public void copyTo(BufferedImage image, ChangedRectangle region) {
+        Objects.requireNonNull(image, "image");
+        Objects.requireNonNull(region, "region");
         FramebufferImages.copy(this, image, region);
     }
 
@@ -198,6 +202,13 @@ public final class Framebuffer {
                 bytes.put((byte) 0);
             }
         }
+    }
+
+    /** The size and what a pixel is, for a log line. */
+    @Override
+    public String toString() {
+        String kind = argb != null ? "ARGB32" : "planes " + chromaSubsampling;
+        return "Framebuffer[" + width + "x" + height + ", " + kind + "]";
     }
 
     /** The buffers that hold it: the pixels, or the three planes. Not to be handed out. */

@@ -3,6 +3,7 @@ package nn.qv.imagedecoder;
 import java.nio.ByteBuffer;
 import java.nio.ByteOrder;
 import java.util.List;
+import java.util.Locale;
 
 /** Memory that native code may write to: allocated, or checked if it is the viewer's own. */
 final class FramebufferMemory {
@@ -15,6 +16,7 @@ final class FramebufferMemory {
         if (!fits(width) || !fits(height) || width * height > Framebuffer.MAX_PIXELS) {
             throw new IllegalArgumentException(
                     String.format(
+                            Locale.ROOT,
                             "A framebuffer of %dx%d pixels: each side must be 1 to %d, and both"
                                     + " together at most %d pixels",
                             width, height, Framebuffer.MAX_SIDE, Framebuffer.MAX_PIXELS));

@@ -1,5 +1,7 @@
 package nn.qv.imagedecoder;
 
+import java.util.Locale;
+
 /** What is wrong with an update before its bytes are looked at. */
 final class UpdateChecks {
     private static final int MACROBLOCK = 16;
@@ -31,6 +33,7 @@ final class UpdateChecks {
         return problem.isEmpty()
                 ? ""
                 : String.format(
+                        Locale.ROOT,
                         "The rectangle of %s update %s %s the framebuffer of %dx%d",
                         codec, header, problem, framebuffer.width(), framebuffer.height());
     }
