@@ -235,15 +235,11 @@ public final class RecordingPlayer implements AutoCloseable {
 
     private void compare(RecordingEntry.Update update, long result) {
         if (update.resultKnown() && result != update.result()) {
-            difference =
-                    String.format("result %016x instead of %016x", result, update.result());
+            difference = ReplayDifference.ofResults(result, update, screen.framebuffer());
         } else if (screen.comparable(update)) {
             checksums++;
-            int crc = screen.crc(update);
-            if (crc != update.pictureCrc()) {
-                difference =
-                        String.format(
-                                "picture CRC %08x instead of %08x", crc, update.pictureCrc());
+            if (screen.crc(update) != update.pictureCrc()) {
+                difference = ReplayDifference.OF_PICTURE;
             }
         }
         if (!difference.isEmpty()) {

@@ -10,10 +10,20 @@ import java.lang.System.Logger.Level;
 public final class FailureLog {
     private static final Logger LOGGER = System.getLogger("nn.qv.imagedecoder");
 
+    private static volatile boolean disabled;
+
     private boolean warned;
+
+    /** Logs nothing from here on, for a program that reports all failures itself. */
+    public static void disable() {
+        disabled = true;
+    }
 
     /** Logs the message of a failed update. Throws no exception of a log handler, only errors. */
     public void add(String message) {
+        if (disabled) {
+            return;
+        }
         try {
             if (warned) {
                 LOGGER.log(Level.DEBUG, message);

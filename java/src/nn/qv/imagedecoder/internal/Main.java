@@ -1,11 +1,9 @@
 package nn.qv.imagedecoder.internal;
 
 import java.io.IOException;
-import java.nio.file.InvalidPathException;
-import java.nio.file.Path;
+import java.nio.file.AccessDeniedException;
+import java.nio.file.NoSuchFileException;
 import nn.qv.imagedecoder.NativeLoader;
-import nn.qv.imagedecoder.Recording;
-import nn.qv.imagedecoder.RecordingPlayer;
 
 /** What {@code java -jar imagedecoder.jar} does. */
 public final class Main {
@@ -14,134 +12,84 @@ public final class Main {
             usage: java -jar imagedecoder.jar replay [--realtime] [--threads N] FILE
                    java -jar imagedecoder.jar version
 
-            replay   decodes a recording again and compares every picture with what was recorded;
-                     as fast as possible, or as it came with --realtime. N is 1 to 64.
-            version  says where the native library is and whether it can be loaded
+            replay   decodes a recording again and compares every result and picture with the
+                     recorded one, as fast as possible, or at the recorded times with --realtime.
+                     N is 1 to 64; without it there are as many threads as the recording needs.
+            version  prints the version, and from where the native library was loaded
 
-            Exit status: 0 all as recorded, 1 an update did otherwise or the recording is damaged,
-            2 wrong arguments, 3 the file cannot be read or the native library not be loaded.
-            A recording that was cut, as by a crash, is played up to the cut and counts as whole.
+            exit status
+              0  done; every result and picture is as recorded
+              1  wrong usage
+              2  the file cannot be read or is no recording, or the native library cannot be loaded
+              3  an update cannot be decoded, and could when it was recorded
+              4  a result or a picture differs, or there is none to compare
+              5  the recording is cut or damaged; what comes before that was played
             """;
-
-    private static final int DIFFERENT = 1;
-    private static final int WRONG_ARGUMENTS = 2;
-    private static final int UNUSABLE = 3;
-    private static final int MOST_DIFFERENCES_TOLD = 20;
-
-    private Path file;
-    private boolean realTime;
-    private int threads;
 
     private Main() {}
 
     /** Ends the JVM with an exit status as in the usage text. */
     public static void main(String[] arguments) throws InterruptedException {
-        int status;
+        ExitStatus status = run(arguments);
+        if (System.out.checkError()) {
+            complain("The standard output cannot be written");
+            status = ExitStatus.UNUSABLE;
+        }
+        System.exit(status.code());
+    }
+
+    private static ExitStatus run(String[] arguments) throws InterruptedException {
         try {
-            status = new Main().run(arguments);
+            return runCommand(arguments);
         } catch (IllegalArgumentException e) {
-            System.err.println(e.getMessage());
-            System.err.print(USAGE);
-            status = WRONG_ARGUMENTS;
+            complain(e.getMessage());
+            System.err.println("Try: java -jar imagedecoder.jar --help");
+            return ExitStatus.WRONG_USAGE;
         } catch (IOException | UnsatisfiedLinkError e) {
-            System.err.println(e instanceof IOException ? e : e.getMessage());
-            status = UNUSABLE;
-        }
-        System.exit(status);
-    }
-
-    private int run(String[] arguments) throws IOException, InterruptedException {
-        String command = arguments.length > 0 ? arguments[0] : "";
-        switch (command) {
-            case "replay" -> {
-                parse(arguments);
-                return replay();
-            }
-            case "version" -> {
-                NativeLoader.load();
-                System.out.println(
-                        "interface version "
-                                + NativeLoader.INTERFACE_VERSION
-                                + ", "
-                                + NativeLoader.origin());
-                return 0;
-            }
-            case "--help", "-h" -> {
-                System.out.print(USAGE);
-                return 0;
-            }
-            default -> throw new IllegalArgumentException("What to do? \"" + command + "\"");
+            complain(describe(e));
+            return ExitStatus.UNUSABLE;
         }
     }
 
-    private void parse(String[] arguments) {
-        for (int i = 1; i < arguments.length; i++) {
-            switch (arguments[i]) {
-                case "--realtime" -> realTime = true;
-                case "--threads" -> threads = number(arguments, ++i);
-                default -> file = path(arguments[i]);
-            }
-        }
-        if (file == null) {
-            throw new IllegalArgumentException("Which file?");
-        }
-    }
-
-    private static int number(String[] arguments, int index) {
-        try {
-            return Integer.parseInt(arguments[index]);
-        } catch (NumberFormatException | ArrayIndexOutOfBoundsException e) {
-            throw new IllegalArgumentException("--threads needs a number", e);
-        }
-    }
-
-    private Path path(String argument) {
-        if (file != null || argument.startsWith("-")) {
-            throw new IllegalArgumentException("Not understood: " + argument);
-        }
-        try {
-            return Path.of(argument);
-        } catch (InvalidPathException e) {
-            throw new IllegalArgumentException("Not a path: " + argument, e);
-        }
-    }
-
-    private int replay() throws IOException, InterruptedException {
-        try (RecordingPlayer player = RecordingPlayer.open(file, threads)) {
-            long start = System.nanoTime();
-            play(player, start);
-            double seconds = (System.nanoTime() - start) / 1e9;
-            System.out.printf(
-                    "%d updates in %.3f s, %d failed, %d pictures compared, %d differ%n",
-                    player.updates(),
-                    seconds,
-                    player.failed(),
-                    player.checksums(),
-                    player.differing());
-            Recording recording = player.recording();
-            if (recording.ending() != Recording.Ending.COMPLETE) {
-                System.out.printf(
-                        "The recording is %s at byte %d%n",
-                        recording.ending(), recording.position());
-            }
-            boolean readable =
-                    recording.ending() == Recording.Ending.COMPLETE
-                            || recording.ending() == Recording.Ending.CUT;
-            return readable && player.differing() == 0 ? 0 : DIFFERENT;
-        }
-    }
-
-    private void play(RecordingPlayer player, long start)
+    private static ExitStatus runCommand(String[] arguments)
             throws IOException, InterruptedException {
-        while (player.step()) {
-            if (!player.difference().isEmpty() && player.differing() <= MOST_DIFFERENCES_TOLD) {
-                System.out.printf(
-                        "update %d, %s: %s%n",
-                        player.updates() - 1, player.lastUpdate().header(), player.difference());
-            }
-            if (realTime) {
-                player.keepPace(start);
-            }
+        if (arguments.length == 0) {
+            System.err.print(USAGE);
+            return ExitStatus.WRONG_USAGE;
         }
+        switch (arguments[0]) {
+            case "replay" -> {
+                return new ReplayCommand(arguments).run();
+            }
+            case "version", "--version" -> printVersion();
+            case "help", "--help", "-h" -> System.out.print(USAGE);
+            default -> throw new IllegalArgumentException("Unknown command: " + arguments[0]);
+        }
+        return ExitStatus.DONE;
+    }
+
+    private static void printVersion() {
+        String version = Main.class.getPackage().getImplementationVersion();
+        System.out.println("imagedecoder " + (version == null ? "of unknown version" : version));
+        NativeLoader.load();
+        System.out.println(
+                "interface version "
+                        + NativeLoader.INTERFACE_VERSION
+                        + ", "
+                        + NativeLoader.origin());
+    }
+
+    private static String describe(Throwable failure) {
+        if (failure instanceof NoSuchFileException) {
+            return failure.getMessage() + ": no such file";
+        }
+        if (failure instanceof AccessDeniedException) {
+            return failure.getMessage() + ": permission denied";
+        }
+        return failure.getMessage();
+    }
+
+    private static void complain(String message) {
+        System.err.println("imagedecoder: " + message);
     }
 }

@@ -166,18 +166,41 @@ final class RecordingFileTest {
         return exampleWith(crcOffset, 0x12345678);
     }
 
+    /** The example with an update that failed when it was recorded, and can be decoded. */
+    static byte[] exampleOfRecordedFailure() {
+        int resultOffset = 40 + 8 + 24;
+        byte[] example = exampleWith(resultOffset, -1);
+        return exampleWith(example, resultOffset + Integer.BYTES, -1);
+    }
+
+    /** The example with an update that changed 16x16 pixels when it was recorded. */
+    static byte[] exampleOfAnotherResult() {
+        int resultOffset = 40 + 8 + 24;
+        return exampleWith(resultOffset, 16 << 16 | 16);
+    }
+
+    /** The example with an update that cannot be decoded: it is larger than the framebuffer. */
+    static byte[] exampleThatFails() {
+        int sizeOffset = 40 + 8 + 12;
+        return exampleWith(sizeOffset, 16 << 16 | 4096);
+    }
+
     /** The example with another word in its update's record, whose CRC is right again. */
     private static byte[] exampleWith(int offset, int word) {
+        return exampleWith(example(), offset, word);
+    }
+
+    private static byte[] exampleWith(byte[] recording, int offset, int word) {
         int recordStart = 40;
         int recordEnd = 87;
-        ByteBuffer example = ByteBuffer.wrap(example()).order(ByteOrder.LITTLE_ENDIAN);
+        ByteBuffer example = ByteBuffer.wrap(recording).order(ByteOrder.LITTLE_ENDIAN);
         example.putInt(offset, word);
         byte[] record = Arrays.copyOfRange(example.array(), recordStart, recordEnd);
         example.putInt(recordEnd, RecordingFormat.crc(record, record.length));
         return example.array();
     }
 
-    private static byte[] example() {
+    static byte[] example() {
         return HexFormat.of().parseHex(EXAMPLE);
     }
 }

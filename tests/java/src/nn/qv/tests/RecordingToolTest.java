@@ -4,7 +4,9 @@ import java.io.IOException;
 import java.nio.charset.StandardCharsets;
 import java.nio.file.Files;
 import java.nio.file.Path;
+import java.util.Arrays;
 import java.util.List;
+import java.util.function.Supplier;
 import nn.qv.imagedecoder.Framebuffer;
 import nn.qv.imagedecoder.ScreenDecoder;
 import nn.qv.imagedecoder.UpdateException;
@@ -12,16 +14,20 @@ import nn.qv.imagedecoder.UpdateHeader;
 
 /**
  * What a viewer has recorded, the command-line tool decodes to the same pictures. Arguments: the
- * folder of the case files, the tool.
+ * folder of the case files, the tool, the jar, the shared object.
  */
 final class RecordingToolTest {
     private final RecordingRun run = new RecordingRun();
     private final List<CaseFile> lives;
     private final String tool;
+    private final String jar;
+    private final String object;
 
-    private RecordingToolTest(List<CaseFile> lives, String tool) {
+    private RecordingToolTest(List<CaseFile> lives, String[] arguments) {
         this.lives = lives;
-        this.tool = tool;
+        tool = arguments[1];
+        jar = arguments[2];
+        object = arguments[3];
     }
 
     public static void main(String[] arguments) throws IOException {
@@ -30,10 +36,10 @@ final class RecordingToolTest {
                 CaseFile.loadAll(Path.of(arguments[0])).stream()
                         .filter(ViewerCasesTest::fitsViewer)
                         .toList();
-        RecordingToolTest tests = new RecordingToolTest(lives, arguments[1]);
+        RecordingToolTest tests = new RecordingToolTest(lives, arguments);
         tests.caseFiles();
         tests.changes();
-        tests.differences();
+        tests.statuses();
         tests.run.finish();
     }
 
@@ -85,20 +91,56 @@ final class RecordingToolTest {
                 UpdateException.class, () -> decoder.decode(header, new byte[1], framebuffer));
     }
 
-    private void differences() {
+    private void statuses() {
+        expectSameStatus("another picture", 4, RecordingFileTest::exampleOfAnotherPicture);
+        expectSameStatus("an update that failed", 4, RecordingFileTest::exampleOfRecordedFailure);
+        int index = 91; // Its record follows the update's.
+        expectSameStatus("a damaged file", 5, () -> damaged(index + 20));
+        expectSameStatus("a damaged header", 2, () -> damaged(20));
+        expectSameStatus(
+                "a cut file", 5, () -> Arrays.copyOf(RecordingFileTest.example(), index + 3));
+        expectSameStatus("no recording", 2, () -> new byte[100]);
         run.test(
-                "it notices a picture that was another one, as a JVM does",
+                "an update that cannot be decoded any more gives status 3 in a JVM and in the tool",
                 file -> {
-                    Files.write(file, RecordingFileTest.exampleOfAnotherPicture());
-                    expectStatus(4, "another picture", file);
+                    Files.write(file, RecordingFileTest.exampleThatFails());
+                    expectStatus(3, "tool", tool, "decode", file.toString());
+                    expectReplayStatus(3, file);
                 });
     }
 
+    /** The example with a wrong byte. */
+    private static byte[] damaged(int at) {
+        byte[] recording = RecordingFileTest.example();
+        recording[at] ^= 1;
+        return recording;
+    }
+
+    private void expectSameStatus(String what, int status, Supplier<byte[]> recording) {
+        run.test(
+                "the tool and a JVM agree on the exit status for " + what,
+                file -> {
+                    Files.write(file, recording.get());
+                    expectStatus(status, what, file);
+                    expectReplayStatus(status, file);
+                });
+    }
+
+    private void expectReplayStatus(int status, Path file) throws Exception {
+        new ChildJvm(Path.of(System.getProperty("java.home")))
+                .property("nn.qv.imagedecoder.path", object)
+                .option("-jar", jar)
+                .run("replay", file.toString())
+                .expectStatus(status);
+    }
+
     private void expectStatus(int expected, String what, Path file) throws Exception {
-        Process process =
-                new ProcessBuilder(tool, "decode", "--verify", file.toString())
-                        .redirectErrorStream(true)
-                        .start();
+        expectStatus(expected, what, tool, "decode", "--verify", file.toString());
+    }
+
+    private static void expectStatus(int expected, String what, String... command)
+            throws Exception {
+        Process process = new ProcessBuilder(command).redirectErrorStream(true).start();
         process.getOutputStream().close();
         byte[] output = process.getInputStream().readAllBytes();
         String said = new String(output, StandardCharsets.UTF_8);
