@@ -26,6 +26,10 @@ if(TARGET imagedecoder_jar)
     install(FILES ${jar} DESTINATION ${CMAKE_INSTALL_DATADIR}/java RENAME ${versioned_jar}
             COMPONENT java)
     install(FILES ${plain_jar} DESTINATION ${CMAKE_INSTALL_DATADIR}/java COMPONENT java)
+    foreach(target sources_jar javadoc)
+        get_target_property(jar ${target} JAR_FILE)
+        install(FILES ${jar} DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT java)
+    endforeach()
 endif()
 
 if(TARGET rctool)

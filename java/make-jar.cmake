@@ -6,16 +6,9 @@
 #   VERSION        of the project
 #   FOLDER         for intermediate files; emptied
 #   OUTPUT         the jar
-#
-# The same sources and compilers give the same bytes wherever they lie: entries are sorted, and dated
-# by SOURCE_DATE_EPOCH or, without it, always the same.
 
 cmake_minimum_required(VERSION 3.25)
-
-function(run)
-    execute_process(COMMAND ${ARGN} WORKING_DIRECTORY ${FOLDER}/content
-                    COMMAND_ERROR_IS_FATAL ANY)
-endfunction()
+include(${CMAKE_CURRENT_LIST_DIR}/packing.cmake)
 
 file(REMOVE_RECURSE ${FOLDER})
 set(native ${FOLDER}/content/nn/qv/imagedecoder/native/linux-x86_64)
@@ -30,19 +23,6 @@ configure_file(${object} ${native}/libimagedecoder.so COPYONLY)
 file(SHA256 ${native}/libimagedecoder.so hash)
 file(WRITE ${native}/libimagedecoder.so.sha256 "${hash}\n")
 
-file(WRITE ${FOLDER}/manifest
-    "Implementation-Title: imagedecoder\n"
-    "Implementation-Version: ${VERSION}\n"
-    "Enable-Native-Access: ALL-UNNAMED\n")
-
-set(date 2000-01-01T00:00:00Z)
-if(DEFINED ENV{SOURCE_DATE_EPOCH})
-    string(TIMESTAMP date %Y-%m-%dT%H:%M:%SZ UTC)
-endif()
-
-file(GLOB_RECURSE entries RELATIVE ${FOLDER}/content ${FOLDER}/content/*)
-list(SORT entries)
-list(JOIN entries "\n" entries)
-file(WRITE ${FOLDER}/entries ${entries})
-run(${JAR} --create --file ${OUTPUT} --manifest ${FOLDER}/manifest --date ${date}
-    --main-class nn.qv.imagedecoder.internal.Main --module-version ${VERSION} @${FOLDER}/entries)
+pack_content(
+    LINES "Enable-Native-Access: ALL-UNNAMED"
+    OPTIONS --main-class nn.qv.imagedecoder.internal.Main --module-version ${VERSION})
