@@ -34,12 +34,12 @@ import nn.qv.imagedecoder.internal.UpdateFeed;
  * decoded throws an {@link UpdateException} and draws nothing; the decoder stays usable. {@link
  * UpdateException.Reason#SOURCE_ENDED} says that the stream or channel ended in the middle of an
  * update; all other reasons are about its bytes. What a source throws passes through. A source that
- * returns no bytes 1000 times in succession ends the update with an {@link IOException}. Wrong arguments of the viewer's own throw {@link
- * IllegalArgumentException}.
+ * returns no bytes 1000 times in succession ends the update with an {@link IOException}. Wrong
+ * arguments of the viewer's own throw {@link IllegalArgumentException}.
  *
  * <p><b>Threads.</b> Any thread may call, one at a time; a second one gets a {@link
- * DecoderInUseException}. {@link #close}, {@link #statistics} and {@link #isClosed} may be called at
- * any time.
+ * DecoderInUseException}. {@link #close}, {@link #statistics} and {@link #isClosed} may be called
+ * at any time.
  *
  * <p><b>Memory.</b> A decoder holds native memory and perhaps threads. {@link #close} gives them
  * back, at the latest when a call that is still running returns; for a decoder that was forgotten,

@@ -69,8 +69,8 @@ final class UpdateFailures {
                     default -> "failed within its first %d bytes: %s";
                 };
         String line = feed.failureLine();
-        return String.format(
-                Locale.ROOT, where, feed.consumedBytes(), line == null ? "" : reasonIn(line, codec));
+        String said = line == null ? "" : reasonIn(line, codec);
+        return String.format(Locale.ROOT, where, feed.consumedBytes(), said);
     }
 
     /** The part of a log line after the native method's name. */

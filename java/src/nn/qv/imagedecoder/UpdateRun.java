@@ -76,9 +76,7 @@ final class UpdateRun {
         UpdateChecks.checkFramebuffer(options, framebuffer);
     }
 
-    /**
-     * Decodes an update and settles its source, which is not open yet.
-     */
+    /** Decodes an update and settles its source, which is not open yet. */
     ChangedRectangle decode(UpdateHeader header, ByteSource source, Framebuffer framebuffer)
             throws IOException {
         long started = System.nanoTime();

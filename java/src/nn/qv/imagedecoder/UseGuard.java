@@ -3,8 +3,8 @@ package nn.qv.imagedecoder;
 import java.util.concurrent.atomic.AtomicReference;
 
 /**
- * Lets one call of a decoder through at a time, and none once the decoder is closed. Whichever comes
- * last, closing or the end of the running call, releases the decoder.
+ * Lets one call of a decoder through at a time, and none once the decoder is closed. Whichever
+ * comes last, closing or the end of the running call, releases the decoder.
  */
 final class UseGuard {
     private static final Object CLOSED = new Object();

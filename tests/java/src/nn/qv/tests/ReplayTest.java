@@ -60,7 +60,8 @@ final class ReplayTest {
     }
 
     private ChildJvm.Result jar(Object... arguments) throws Exception {
-        return jvm().option("-jar", jar).run(Arrays.stream(arguments).map(Object::toString).toArray(String[]::new));
+        return jvm().option("-jar", jar)
+                .run(Arrays.stream(arguments).map(Object::toString).toArray(String[]::new));
     }
 
     private void recordings() {

@@ -3,7 +3,7 @@ package nn.qv.viewer;
 import nn.qv.imagedecoder.ChangedRectangle;
 import nn.qv.imagedecoder.Framebuffer;
 
-/** What shows the screen. Called by the decoding thread, which draws no further until it returns. */
+/** What shows the screen. Called by the decoding thread, which does not draw meanwhile. */
 interface ScreenView {
     /** The screen has a size, or another one. */
     void resized(int width, int height);
