@@ -42,10 +42,9 @@ struct ImageDecoderIct::TileSource {
 class ImageDecoderIct::Update {
 public:
     Update(ImageDecoderIct& decoder, const UpdateRectangle& rectangle, const Variant& variant)
-        : m_Decoder(decoder), m_Rectangle(rectangle),
-          m_Variant(variant), m_aTables{decoder.GetTileTables(ComponentY),
-                                        decoder.GetTileTables(ComponentCb),
-                                        decoder.GetTileTables(ComponentCr)},
+        : m_Decoder(decoder), m_Variant(variant), m_aTables{decoder.GetTileTables(ComponentY),
+                                                            decoder.GetTileTables(ComponentCb),
+                                                            decoder.GetTileTables(ComponentCr)},
           m_uiLumaStride(rectangle.LumaStride()),
           m_uiChromaStride(m_uiLumaStride / decoder.m_uiChromaDivX),
           m_InPlace(decoder, 0, decoder.CoefficientsOf(decoder.DrivingWorker())) {}
@@ -126,7 +125,6 @@ private:
                     uint8_t* samples, size_t stride);
 
     ImageDecoderIct& m_Decoder;
-    const UpdateRectangle& m_Rectangle;
     const Variant& m_Variant;
     std::array<IctTileTables, ComponentCount> m_aTables;
     size_t m_uiLumaStride;

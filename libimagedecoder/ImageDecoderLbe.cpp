@@ -53,7 +53,7 @@ void DecodePlainly(BitStreamReader& reader, const LbePlaneFormat& format, LbePla
 class ImageDecoderLbe::Update {
 public:
     Update(ImageDecoderLbe& decoder, const UpdateRectangle& rectangle, const LbeQuality& quality)
-        : m_Decoder(decoder), m_Rectangle(rectangle),
+        : m_Decoder(decoder),
           m_Quality(quality), m_LumaFormat{decoder.m_lumaSamplesPerBlock, MacroblockEdge,
                                            quality.m_uiLumaBits, decoder.m_lumaRunCountBits},
           m_ChromaFormat{decoder.m_chromaSamplesPerBlock, MacroblockEdge / decoder.m_uiChromaDivX,
@@ -102,7 +102,6 @@ private:
     void StoreChroma(const Macroblock& block, const LbePlaneBytes& plane);
 
     ImageDecoderLbe& m_Decoder;
-    const UpdateRectangle& m_Rectangle;
     const LbeQuality& m_Quality;
     LbePlaneFormat m_LumaFormat;
     LbePlaneFormat m_ChromaFormat;
