@@ -5,9 +5,6 @@ endif()
 
 find_program(BINUTILS_READELF readelf REQUIRED)
 
-# -B: the imported modules leave no files in the source tree.
-set(python ${Python3_EXECUTABLE} -B)
-
 set(script ${CMAKE_CURRENT_SOURCE_DIR}/shared_object.py)
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${script})
 execute_process(COMMAND ${python} ${script} OUTPUT_VARIABLE properties
