@@ -17,6 +17,9 @@ set(CMAKE_CXX_FLAGS_RELEASE "-O3 -DNDEBUG")
 # precompiled.
 option(CMAKE_DISABLE_PRECOMPILE_HEADERS "Read large headers anew for every source" ON)
 
+# For the commands that run javac: make-jar.cmake and UseJava.
+set_property(GLOBAL PROPERTY RULE_LAUNCH_CUSTOM "\"${CMAKE_CURRENT_LIST_DIR}/utf8-locale\"")
+
 find_package(Threads REQUIRED)
 
 # Warnings and the root include path; linked privately by every target of ours.

@@ -1,15 +1,18 @@
-"""Builds the sources again from a copy in another folder and compares what is distributed.
-The first build must be up to date.
+"""Builds the sources again, from a copy in another folder and in the C locale, and compares what is
+distributed. The names of the folders have letters that the C locale has not. The first build must be
+up to date.
 
 Usage: reproducible.py --source ROOT --build FOLDER --work FOLDER --cmake PROGRAM
                        --target NAME... --file BUILT... -- OPTION...
 """
 
 import argparse
+import os
 import pathlib
 import shutil
-import subprocess
 import sys
+
+from steps import output_of
 
 SOURCES = ["CMakeLists.txt", "cmake", "libthread", "libjni", "libimagedecoder", "jni", "java"]
 
@@ -20,13 +23,6 @@ def copy_sources(root, copy):
             shutil.copytree(root / name, copy / name)
         else:
             shutil.copy2(root / name, copy / name)
-
-
-def run(*command):
-    """Runs a build step; what it prints is of interest only when it fails."""
-    step = subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True)
-    if step.returncode:
-        sys.exit(f"{' '.join(map(str, command))}\n{step.stdout}")
 
 
 def first_difference(one, other):
@@ -52,12 +48,13 @@ def main():
     arguments = parser.parse_args()
 
     shutil.rmtree(arguments.work, ignore_errors=True)
-    copy = arguments.work / "a copy of the sources"
-    build = arguments.work / "second-build"
+    copy = arguments.work / "a c\u00f6py of the sources"
+    build = arguments.work / "second b\u00fcild"
+    environment = os.environ | {"LC_ALL": "C"}
     copy.mkdir(parents=True)
     copy_sources(arguments.source, copy)
-    run(arguments.cmake, "-S", copy, "-B", build, *arguments.options)
-    run(arguments.cmake, "--build", build, "--target", *arguments.target)
+    output_of(arguments.cmake, "-S", copy, "-B", build, *arguments.options, env=environment)
+    output_of(arguments.cmake, "--build", build, "--target", *arguments.target, env=environment)
 
     again = [build / file.relative_to(arguments.build) for file in arguments.file]
     failed = False
