@@ -4,17 +4,20 @@
 set(CMAKE_SKIP_INSTALL_ALL_DEPENDENCY ON)
 
 # JVMs of Debian look in lib/MULTIARCH/jni. CMake would choose MULTIARCH for the prefix /usr alone,
-# too late for a package that is made of a build for /usr/local.
-if(CMAKE_LIBRARY_ARCHITECTURE AND EXISTS /etc/debian_version)
+# too late for a package that is made of a build for /usr/local. A packager's own folder stands: an
+# untyped relative one must not be set again, which would make it absolute.
+if(CMAKE_LIBRARY_ARCHITECTURE AND EXISTS /etc/debian_version AND NOT DEFINED CMAKE_INSTALL_LIBDIR)
     set(CMAKE_INSTALL_LIBDIR lib/${CMAKE_LIBRARY_ARCHITECTURE} CACHE PATH "Object code libraries")
 endif()
 include(GNUInstallDirs)
 
-# As files, not as targets: nothing is left to strip or to relink, and the bytes stay as tested.
-install(FILES $<TARGET_FILE:imagedecoder> DESTINATION ${CMAKE_INSTALL_LIBDIR}/jni
-        COMPONENT library)
-if(NOT IMAGEDECODER_SANITIZE)
-    install_debug_symbols(imagedecoder COMPONENT debug)
+if(IMAGEDECODER_JNI)
+    # As files, not as targets: nothing is left to strip or to relink, and the bytes stay as tested.
+    install(FILES $<TARGET_FILE:imagedecoder> DESTINATION ${CMAKE_INSTALL_LIBDIR}/jni
+            COMPONENT library)
+    if(NOT IMAGEDECODER_SANITIZE)
+        install_debug_symbols(imagedecoder COMPONENT debug)
+    endif()
 endif()
 
 if(TARGET imagedecoder_jar)

@@ -28,6 +28,7 @@ macro(describe_package component)
     list(JOIN arg_DESCRIPTION "\n" CPACK_DEBIAN_${key}_DESCRIPTION)
 endmacro()
 
+if(IMAGEDECODER_JNI)
 describe_package(library
     NAME libimagedecoder-jni
     SECTION java
@@ -36,8 +37,9 @@ describe_package(library
         "Decodes the framebuffer updates of remote KVM devices in the encodings ICT"
         "and LBE. A JVM loads the library through the classes of libimagedecoder-java.")
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_SHLIBDEPS ON)
+endif()
 
-if(NOT IMAGEDECODER_SANITIZE)
+if(IMAGEDECODER_JNI AND NOT IMAGEDECODER_SANITIZE)
     describe_package(debug
         NAME libimagedecoder-jni-dbgsym
         SECTION debug

@@ -1,5 +1,5 @@
 # The shared object as it is distributed. A debug build is not, and a sanitizer's has other needs.
-if(IMAGEDECODER_SANITIZE OR CMAKE_BUILD_TYPE STREQUAL Debug)
+if(IMAGEDECODER_SANITIZE OR CMAKE_BUILD_TYPE STREQUAL Debug OR NOT IMAGEDECODER_JNI)
     return()
 endif()
 
@@ -14,6 +14,18 @@ foreach(property IN LISTS properties)
     add_test(NAME checks.SharedObject.${property}
              COMMAND ${python} ${script} --readelf ${BINUTILS_READELF} --objdump ${BINUTILS_OBJDUMP}
                      ${property} $<TARGET_FILE:imagedecoder>)
+endforeach()
+
+set(script ${CMAKE_CURRENT_SOURCE_DIR}/configuration.py)
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${script})
+execute_process(COMMAND ${python} ${script} --list OUTPUT_VARIABLE configurations
+                COMMAND_ERROR_IS_FATAL ANY)
+string(REGEX MATCHALL "[^\n]+" configurations "${configurations}")
+foreach(configuration IN LISTS configurations)
+    add_test(NAME checks.Configuration.${configuration}
+             COMMAND ${python} ${script} --source ${PROJECT_SOURCE_DIR} --cmake ${CMAKE_COMMAND}
+                     --work ${CMAKE_CURRENT_BINARY_DIR}/${configuration}
+                     --object $<TARGET_FILE:imagedecoder> ${configuration})
 endforeach()
 
 # A second build, one step at a time beside the other tests.
