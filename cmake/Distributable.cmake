@@ -18,7 +18,9 @@ function(make_distributable target)
     foreach(part ${target} ${arg_FROM})
         target_compile_options(${part} PRIVATE -g ${folder_independence})
     endforeach()
-    split_debug_symbols(${target})
+    if(IMAGEDECODER_SPLIT_SYMBOLS)
+        split_debug_symbols(${target})
+    endif()
 endfunction()
 
 # Both folders become "." in debug symbols and __FILE__. Of several maps that fit, g++ takes the last

@@ -1,4 +1,5 @@
-# What `cmake --install` lays where. The components are the packages of cmake/Packages.cmake.
+# What `cmake --install` installs, and where. debian/rules makes one package of each component, except
+# of debug: debhelper splits the symbols of all programs itself.
 #
 # Nothing is built by an installation: build first.
 set(CMAKE_SKIP_INSTALL_ALL_DEPENDENCY ON)
@@ -15,7 +16,7 @@ if(IMAGEDECODER_JNI)
     # As files, not as targets: nothing is left to strip or to relink, and the bytes stay as tested.
     install(FILES $<TARGET_FILE:imagedecoder> DESTINATION ${CMAKE_INSTALL_LIBDIR}/jni
             COMPONENT library)
-    if(NOT IMAGEDECODER_SANITIZE)
+    if(IMAGEDECODER_SPLIT_SYMBOLS AND NOT IMAGEDECODER_SANITIZE)
         install_debug_symbols(imagedecoder COMPONENT debug)
     endif()
 endif()
@@ -31,7 +32,7 @@ if(TARGET imagedecoder_jar)
     install(FILES ${plain_jar} DESTINATION ${CMAKE_INSTALL_DATADIR}/java COMPONENT java)
     foreach(target sources_jar javadoc)
         get_target_property(jar ${target} JAR_FILE)
-        install(FILES ${jar} DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT java)
+        install(FILES ${jar} DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT doc)
     endforeach()
 endif()
 
@@ -41,9 +42,9 @@ if(TARGET rctool)
             COMPONENT tools)
 endif()
 
-# Pages for a viewer's developer, a packager and a codec engineer.
-install(FILES README.md SECURITY.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR}
-        COMPONENT java)
-install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT java)
+# Pages for a viewer's developer, a packager and a codec engineer, and what they link to.
+install(FILES README.md SECURITY.md CHANGELOG.md CONTRIBUTING.md
+        DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT doc)
+install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT doc)
 install(DIRECTORY java/examples DESTINATION ${CMAKE_INSTALL_DOCDIR} USE_SOURCE_PERMISSIONS
-        COMPONENT java)
+        COMPONENT doc)

@@ -3,6 +3,7 @@
 #   JAVAC, JAR     the JDK's programs
 #   SOURCES        folder of the sources, the module's root
 #   OBJECT         the shared object
+#   OBJCOPY        of binutils: strips the jar's shared object; without it the bytes stay
 #   VERSION        of the project
 #   FOLDER         for intermediate files; emptied
 #   OUTPUT         the jar
@@ -20,6 +21,9 @@ run(${JAVAC} --release 17 -encoding UTF-8 -Xlint:all -Werror -proc:none -paramet
 
 get_filename_component(object ${OBJECT} REALPATH)
 configure_file(${object} ${native}/libimagedecoder.so COPYONLY)
+if(OBJCOPY)
+    run(${OBJCOPY} --strip-unneeded --remove-section=.comment ${native}/libimagedecoder.so)
+endif()
 file(SHA256 ${native}/libimagedecoder.so hash)
 file(WRITE ${native}/libimagedecoder.so.sha256 "${hash}\n")
 

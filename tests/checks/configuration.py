@@ -84,8 +84,20 @@ def BuildsToolsAndTestsWithoutAJdk(arguments):
     require(not needs_jdk, f"these need a JDK: {needs_jdk}")
 
 
+def LeavesTestsAndSplitSymbolsOutForPackagers(arguments):
+    output_of(arguments.cmake, "--preset", "packager", "-B", arguments.work, cwd=arguments.source)
+    compiled = compiled_files(arguments)
+    require("jni/Library.cpp" in compiled and "tools/rctool/main.cpp" in compiled, "not all is built")
+    require(" -g " in compiled["jni/Library.cpp"], "the shared object has no debug symbols")
+    needless = [file for file in compiled if file.startswith(("tests/", "fuzz/", "bench/"))]
+    require(not needless, f"builds {needless}")
+    require("--only-keep-debug" not in (arguments.work / "build.ninja").read_text(),
+            "splits the debug symbols off")
+
+
 CHECKS = [InstallsIntoARelativeLibraryFolder, ListsAllThatIsMissingWithPackageAndSwitch,
-          ConfiguresWithTheSwitchesThatItNames, BuildsToolsAndTestsWithoutAJdk]
+          ConfiguresWithTheSwitchesThatItNames, BuildsToolsAndTestsWithoutAJdk,
+          LeavesTestsAndSplitSymbolsOutForPackagers]
 
 
 def main():

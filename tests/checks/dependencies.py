@@ -1,5 +1,5 @@
-"""Holds the lists of Debian packages to each other: tools/setup installs and docs/packaging.md lists what
-cmake/Dependencies.cmake names.
+"""Holds the lists of Debian packages to each other: tools/setup installs what cmake/Dependencies.cmake
+and debian/control name, and docs/packaging.md lists what cmake/Dependencies.cmake names.
 
 Usage: dependencies.py ROOT
 """
@@ -26,6 +26,11 @@ def main():
             require(re.search(rf"^\| {re.escape(name)} \|.*`{re.escape(package)}`", document,
                               re.MULTILINE),
                     f"docs/packaging.md has no line with {name} and {package}")
+
+    control = (root / "debian/control").read_text()
+    for line in re.search(r"Build-Depends:\n((?: .*\n)+)", control).group(1).splitlines():
+        package = line.split()[0].rstrip(",").replace("debhelper-compat", "debhelper")
+        require(package in installed, f"tools/setup does not install {package}")
 
 
 if __name__ == "__main__":

@@ -49,14 +49,18 @@ add_test(NAME checks.ReproducibleInAnotherFolder
                  -DIMAGEDECODER_TESTS=OFF -DIMAGEDECODER_TOOLS=OFF -DIMAGEDECODER_BENCH=OFF)
 set_tests_properties(checks.ReproducibleInAnotherFolder PROPERTIES COST 1000 TIMEOUT 900)
 
-# The packages, where there is a dpkg to try them with.
-find_program(DPKG dpkg)
-if(DPKG AND IMAGEDECODER_JAVA AND TARGET rctool)
+# The packages, where there are Debian's programs to make and to check them with.
+find_program(DH dh)
+find_program(LINTIAN lintian)
+if(DH AND LINTIAN AND IMAGEDECODER_JAVA AND TARGET rctool AND IMAGEDECODER_SPLIT_SYMBOLS)
     file(GLOB frames ${PROJECT_SOURCE_DIR}/tests/data/screens/console-*.png)
     add_test(NAME checks.PackagesInstallAndDecode
              COMMAND ${python} ${CMAKE_CURRENT_SOURCE_DIR}/packages.py
-                     --cpack ${CMAKE_CPACK_COMMAND} --config ${PROJECT_BINARY_DIR}/CPackConfig.cmake
-                     --work ${CMAKE_CURRENT_BINARY_DIR}/packages
+                     --source ${PROJECT_SOURCE_DIR} --build ${PROJECT_BINARY_DIR}
+                     --cmake ${CMAKE_COMMAND} --work ${CMAKE_CURRENT_BINARY_DIR}/packages
                      --java ${Java_JAVA_EXECUTABLE} ${frames})
     set_tests_properties(checks.PackagesInstallAndDecode PROPERTIES COST 500)
+else()
+    message(NOTICE "No debhelper or lintian, or not everything is built: there is no test"
+                   " checks.PackagesInstallAndDecode")
 endif()

@@ -1,39 +1,45 @@
-"""Makes the Debian packages, installs them into a folder that plays the root of a system, and decodes
-a recording with what was installed.
+"""Makes the Debian packages of a build, lets lintian check them, installs them into a folder that plays
+the root of a system, and decodes a recording with what was installed.
 
-Usage: packages.py --cpack PROGRAM --config FILE --work FOLDER --java PROGRAM FRAME...
+Usage: packages.py --source ROOT --build FOLDER --cmake PROGRAM --work FOLDER --java PROGRAM FRAME...
 The recording is made of the frames.
 """
 
 import argparse
 import pathlib
 import shutil
-import subprocess
-import sys
 
-PACKAGES = {"libimagedecoder-jni", "libimagedecoder-jni-dbgsym", "libimagedecoder-java",
-            "imagedecoder-tools"}
+from links import broken_links
+from steps import output_of, require
+
+PACKAGES = {"libimagedecoder-jni", "libimagedecoder-java", "imagedecoder-tools", "imagedecoder-doc"}
 JNI_FOLDERS = "usr/lib/*/jni"
 
 
-def output_of(*command):
-    """Runs a step; it ends the test if it fails."""
-    step = subprocess.run(command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True)
-    if step.returncode:
-        sys.exit(f"{' '.join(map(str, command))}\n{step.stdout}status {step.returncode}")
-    return step.stdout
-
-
-def require(condition, text):
-    if not condition:
-        sys.exit(text)
-
-
-def make_packages(cpack, config, folder):
-    output_of(cpack, "-G", "DEB", "--config", config, "-B", folder)
+def make_packages(root, build, folder):
+    """Runs debian/rules on the build that is there; dh takes it as done for the packages in the stamp."""
+    source = folder / "source"
+    shutil.copytree(root / "debian", source / "debian")
+    (source / "debian/debhelper-build-stamp").write_text("\n".join(sorted(PACKAGES)))
+    output_of(source / "debian/rules", "binary", f"BUILD={build}", cwd=source)
     packages = {package_field(file, "Package"): file for file in folder.glob("*.deb")}
-    require(packages.keys() == PACKAGES, f"made {sorted(packages)}")
+    made = {name for name in packages if not name.endswith("-dbgsym")}
+    require(made == PACKAGES, f"made {sorted(packages)}")
     return packages
+
+
+def check_policy(packages):
+    output_of("lintian", "--fail-on", "error", "--tag-display-limit", "0", *packages.values())
+
+
+def check_maintainer(root, packages):
+    """One place names the maintainer; no package names a page while none is known."""
+    control = (root / "debian/control").read_text()
+    for name, file in packages.items():
+        maintainer = package_field(file, "Maintainer")
+        require(f"Maintainer: {maintainer}\n" in control, f"{name} is maintained by {maintainer}")
+        homepage = package_field(file, "Homepage")
+        require(not homepage or f"\nHomepage: {homepage}\n" in control, f"{name} is at {homepage}")
 
 
 def package_field(file, field):
@@ -65,11 +71,21 @@ def install(packages, root):
         require(status.strip() == "ii", f"{name} is {status}")
 
 
-def check_debug_symbols(root, library):
+def check_debug_symbols(cmake, build, library, folder):
+    """Without debhelper, which makes packages of them: a build that has split them off installs them."""
+    output_of(cmake, "--install", build, "--prefix", folder, "--component", "debug")
     notes = output_of("readelf", "--notes", library)
     build_id = notes.split("Build ID: ")[1].split()[0]
-    symbols = root / "usr/lib/debug/.build-id" / build_id[:2] / f"{build_id[2:]}.debug"
+    symbols = folder / "lib/debug/.build-id" / build_id[:2] / f"{build_id[2:]}.debug"
     require(symbols.is_file(), f"no debug symbols at {symbols}")
+
+
+def check_documents(root):
+    pages = root / "usr/share/doc/imagedecoder"
+    require((pages / "README.md").is_file(), "no README.md")
+    broken = list(broken_links(pages))
+    require(not broken, "\n".join(broken))
+    require((root / "usr/share/man/man1/rctool.1.gz").is_file(), "rctool has no manual page")
 
 
 def decode(root, library, java, frames, recording):
@@ -87,8 +103,9 @@ def decode(root, library, java, frames, recording):
 
 def main():
     parser = argparse.ArgumentParser()
-    parser.add_argument("--cpack", required=True)
-    parser.add_argument("--config", required=True)
+    parser.add_argument("--source", type=pathlib.Path, required=True)
+    parser.add_argument("--build", type=pathlib.Path, required=True)
+    parser.add_argument("--cmake", required=True)
     parser.add_argument("--work", type=pathlib.Path, required=True)
     parser.add_argument("--java", required=True)
     parser.add_argument("frames", nargs="+")
@@ -96,13 +113,15 @@ def main():
 
     shutil.rmtree(arguments.work, ignore_errors=True)
     root = arguments.work / "root"
-    packages = make_packages(arguments.cpack, arguments.config, arguments.work / "packages")
+    packages = make_packages(arguments.source, arguments.build, arguments.work / "packages")
+    check_policy(packages)
+    check_maintainer(arguments.source, packages)
     check_dependencies(packages)
     install(packages, root)
+    check_documents(root)
     libraries = list(root.glob(f"{JNI_FOLDERS}/libimagedecoder.so"))
     require(len(libraries) == 1, f"installed as {libraries}")
-    check_debug_symbols(root, libraries[0])
-    require((root / "usr/share/man/man1/rctool.1").is_file(), "rctool has no manual page")
+    check_debug_symbols(arguments.cmake, arguments.build, libraries[0], arguments.work / "debug")
     decode(root, libraries[0], arguments.java, arguments.frames,
            arguments.work / "frames.rcrec")
     shutil.rmtree(arguments.work)
