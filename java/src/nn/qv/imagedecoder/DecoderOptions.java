@@ -154,6 +154,13 @@ public final class DecoderOptions {
         }
     }
 
+    static void checkThreads(int count) {
+        if (count < 0 || count > MAX_THREADS) {
+            throw new IllegalArgumentException(
+                    "The number of threads must be 0 to " + MAX_THREADS + ", not " + count);
+        }
+    }
+
     /**
      * Collects options; {@link #build} checks that they go together.
      *
@@ -218,10 +225,7 @@ public final class DecoderOptions {
          * @throws IllegalArgumentException if the number is out of range
          */
         public Builder threads(int count) {
-            if (count < 0 || count > MAX_THREADS) {
-                throw new IllegalArgumentException(
-                        "The number of threads must be 0 to " + MAX_THREADS + ", not " + count);
-            }
+            checkThreads(count);
             threads = count;
             return this;
         }

@@ -43,12 +43,15 @@ public final class RecordingPlayer implements AutoCloseable {
      * Opens a recording and a decoder for it.
      *
      * @param file the recording
-     * @param threads worker threads of the decoder; 0 for as many as the recording needs
+     * @param threads worker threads of the decoder, 1 to {@link DecoderOptions#MAX_THREADS}; 0 for
+     *     as many as the recording needs
      * @return the player, before the first update
      * @throws IOException if the file cannot be read or is no recording
-     * @throws IllegalArgumentException if the recording cannot be decoded with so many threads
+     * @throws IllegalArgumentException if the number of threads is out of range, or the recording
+     *     cannot be decoded with so many
      */
     public static RecordingPlayer open(Path file, int threads) throws IOException {
+        DecoderOptions.checkThreads(threads);
         Recording recording = Recording.open(file);
         ScreenDecoder decoder = null;
         try {

@@ -31,6 +31,7 @@ final class RecordingFileTest {
         LogCapture.begin();
         RecordingFileTest tests = new RecordingFileTest();
         tests.reading();
+        tests.arguments();
         tests.run.finish();
     }
 
@@ -122,6 +123,24 @@ final class RecordingFileTest {
                     try (RecordingPlayer player = RecordingPlayer.open(file, 0)) {
                         TestRun.expect(!player.play(false), "no difference");
                         TestRun.expectEqual(1L, player.differing(), "differences");
+                    }
+                });
+    }
+
+    private void arguments() {
+        run.test(
+                "a number of threads out of range is refused, with the range",
+                file -> {
+                    Files.write(file, example());
+                    for (int threads : new int[] {-1, Integer.MIN_VALUE, 65}) {
+                        IllegalArgumentException e =
+                                TestRun.expectThrown(
+                                        IllegalArgumentException.class,
+                                        () -> RecordingPlayer.open(file, threads));
+                        TestRun.expectEqual(
+                                "The number of threads must be 0 to 64, not " + threads,
+                                e.getMessage(),
+                                "message");
                     }
                 });
     }
