@@ -1,7 +1,7 @@
 package nn.qv.imagedecoder;
 
 /**
- * How many luma samples share a chroma sample. The order is that of the native interface's codes.
+ * How many luma samples share a chroma sample.
  *
  * <pre>{@code
  * DecoderOptions.builder(Codec.ICT).chromaSubsampling(ChromaSubsampling.YCBCR_444);
@@ -9,18 +9,25 @@ package nn.qv.imagedecoder;
  */
 public enum ChromaSubsampling {
     /** One chroma sample for 2x2 pixels. */
-    YCBCR_420(2, 2),
+    YCBCR_420(0, 2, 2),
     /** One chroma sample for two pixels side by side. */
-    YCBCR_422(2, 1),
+    YCBCR_422(1, 2, 1),
     /** One chroma sample a pixel. */
-    YCBCR_444(1, 1);
+    YCBCR_444(2, 1, 1);
 
+    private final int code;
     private final int divX;
     private final int divY;
 
-    ChromaSubsampling(int divX, int divY) {
+    ChromaSubsampling(int code, int divX, int divY) {
+        this.code = code;
         this.divX = divX;
         this.divY = divY;
+    }
+
+    /** Its number in the native interface and in recordings. */
+    int code() {
+        return code;
     }
 
     /**

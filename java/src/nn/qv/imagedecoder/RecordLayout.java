@@ -15,9 +15,20 @@ package nn.qv.imagedecoder;
  */
 public enum RecordLayout {
     /** Bit by bit, without padding: for a decoder without threads. */
-    CONTINUOUS,
+    CONTINUOUS(0),
     /** Padded to whole bytes, as devices send them: for a decoder with at least one thread. */
-    PADDED,
+    PADDED(1),
     /** Bit by bit and without lengths: for any decoder, but threads have nothing to do. */
-    IN_PLACE
+    IN_PLACE(2);
+
+    private final int code;
+
+    RecordLayout(int code) {
+        this.code = code;
+    }
+
+    /** Its number in recordings. */
+    int code() {
+        return code;
+    }
 }

@@ -124,10 +124,10 @@ final class Recorder {
 
     private void writeHeader(byte[] settings) throws IOException {
         writer.header(
-                (byte) options.codec().ordinal(),
-                (byte) options.protocolVersion().ordinal(),
-                (byte) options.chromaSubsampling().ordinal(),
-                (byte) RecordingComposer.layout(options).ordinal(),
+                (byte) options.codec().code(),
+                (byte) options.protocolVersion().code(),
+                (byte) options.chromaSubsampling().code(),
+                (byte) RecordingComposer.layout(options).code(),
                 settings,
                 TimeUnit.MILLISECONDS.toMicros(System.currentTimeMillis()),
                 options.threads());

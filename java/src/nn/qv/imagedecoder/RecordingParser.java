@@ -5,6 +5,7 @@ import java.io.IOException;
 import java.nio.ByteBuffer;
 import java.nio.ByteOrder;
 import java.nio.charset.StandardCharsets;
+import java.util.function.ToIntFunction;
 import java.util.zip.InflaterInputStream;
 import nn.qv.imagedecoder.internal.RecordFile;
 import nn.qv.imagedecoder.internal.RecordingFormat;
@@ -33,10 +34,10 @@ final class RecordingParser {
         }
         in.position(CODEC_OFFSET);
         return new Header(
-                value(Codec.values(), in.get()),
-                value(ProtocolVersion.values(), in.get()),
-                value(ChromaSubsampling.values(), in.get()),
-                value(RecordLayout.values(), in.get()),
+                value(Codec.values(), Codec::code, in.get()),
+                value(ProtocolVersion.values(), ProtocolVersion::code, in.get()),
+                value(ChromaSubsampling.values(), ChromaSubsampling::code, in.get()),
+                value(RecordLayout.values(), RecordLayout::code, in.get()),
                 settings(in.slice().order(ByteOrder.LITTLE_ENDIAN)));
     }
 
@@ -69,7 +70,7 @@ final class RecordingParser {
                 rest(in, fieldsBytes),
                 (in.get(2) & RecordingFormat.RESULT_KNOWN) != 0,
                 in.getLong(24),
-                value(RecordingEntry.Covering.values(), in.get(3)),
+                covering(in.get(3)),
                 in.getInt(32));
     }
 
@@ -121,9 +122,22 @@ final class RecordingParser {
         return value == 1;
     }
 
-    private static <T> T value(T[] values, byte code) {
-        require(code >= 0 && code < values.length, "unknown code");
-        return values[code];
+    private static RecordingEntry.Covering covering(byte code) {
+        return switch (code) {
+            case RecordingFormat.COVERS_NOTHING -> RecordingEntry.Covering.NOTHING;
+            case RecordingFormat.COVERS_FRAMEBUFFER -> RecordingEntry.Covering.FRAMEBUFFER;
+            case RecordingFormat.COVERS_RECTANGLE -> RecordingEntry.Covering.RECTANGLE;
+            default -> throw new IllegalArgumentException("unknown covering");
+        };
+    }
+
+    private static <T> T value(T[] values, ToIntFunction<T> codeOf, byte code) {
+        for (T value : values) {
+            if (codeOf.applyAsInt(value) == code) {
+                return value;
+            }
+        }
+        throw new IllegalArgumentException("unknown code");
     }
 
     private static void require(boolean condition, String otherwise) {

@@ -59,7 +59,7 @@ final class ReplayScreen {
 
     /** Whether the recorded checksum of an update is one that this decoder should give, too. */
     boolean comparable(RecordingEntry.Update update) {
-        boolean otherKernels = settings.portableKernels() && options.codec() == Codec.ICT;
+        boolean otherKernels = settings.portableKernels() && options.codec().dependsOnKernels();
         return switch (update.covering()) {
             case NOTHING -> false;
             case FRAMEBUFFER -> !otherKernels;

@@ -14,7 +14,6 @@ import nn.qv.imagedecoder.internal.ByteSource;
 import nn.qv.imagedecoder.internal.ChannelSource;
 import nn.qv.imagedecoder.internal.KnownLengthSource;
 import nn.qv.imagedecoder.internal.MarkedStreamSource;
-import nn.qv.imagedecoder.internal.NativeCodec;
 import nn.qv.imagedecoder.internal.NativeObjects;
 import nn.qv.imagedecoder.internal.SourceReads;
 import nn.qv.imagedecoder.internal.UpdateFeed;
@@ -112,10 +111,10 @@ public final class ScreenDecoder implements AutoCloseable {
             throws IOException {
         return NativeObjects.create(
                 feed,
-                NativeCodec.valueOf(options.codec().name()),
+                options.codec().nativeCodec(),
                 options.threads(),
-                options.protocolVersion().ordinal(),
-                options.chromaSubsampling().ordinal());
+                options.protocolVersion().code(),
+                options.chromaSubsampling().code());
     }
 
     /**

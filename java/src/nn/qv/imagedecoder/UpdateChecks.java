@@ -13,9 +13,10 @@ final class UpdateChecks {
         if (framebuffer.chromaSubsampling().isEmpty()) {
             return;
         }
-        if (options.codec() == Codec.LBE) {
+        if (!options.codec().drawsPlanes()) {
             throw new IllegalArgumentException(
-                    "LBE updates cannot be drawn into planes: use Framebuffer.argb");
+                    options.codec()
+                            + " updates cannot be drawn into planes: use Framebuffer.argb");
         }
         ChromaSubsampling planes = framebuffer.chromaSubsampling().get();
         if (planes != options.chromaSubsampling()) {

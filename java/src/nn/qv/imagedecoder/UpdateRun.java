@@ -41,7 +41,7 @@ final class UpdateRun {
         this.feed = feed;
         this.objects = objects;
         this.recorder = recorder;
-        codec = NativeCodec.valueOf(options.codec().name());
+        codec = options.codec().nativeCodec();
     }
 
     void setContrast(int level) {
