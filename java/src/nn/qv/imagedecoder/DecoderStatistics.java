@@ -36,4 +36,14 @@ public record DecoderStatistics(
     public Duration decodeTime() {
         return Duration.ofNanos(decodeNanos);
     }
+
+    /** What both have done together. */
+    DecoderStatistics plus(DecoderStatistics other) {
+        return new DecoderStatistics(
+                updates + other.updates,
+                refusals + other.refusals,
+                bytes + other.bytes,
+                feedNanos + other.feedNanos,
+                decodeNanos + other.decodeNanos);
+    }
 }

@@ -2,6 +2,9 @@ package nn.qv.imagedecoder;
 
 import java.io.IOException;
 import java.nio.file.Path;
+import java.util.ArrayList;
+import java.util.List;
+import java.util.stream.Collectors;
 import nn.qv.imagedecoder.internal.RecordFile;
 
 /**
@@ -36,13 +39,17 @@ public final class Recording implements AutoCloseable {
         TOO_NEW
     }
 
+    private final Path path;
     private final RecordFile file;
     private final RecordingParser.Header header;
+    private final List<RecordingEntry.Decoder> decoders = new ArrayList<>();
     private Ending ending = Ending.NOT_REACHED;
 
-    private Recording(RecordFile file, RecordingParser.Header header) {
+    private Recording(Path path, RecordFile file, RecordingParser.Header header) {
+        this.path = path;
         this.file = file;
         this.header = header;
+        decoders.add(header.decoder());
     }
 
     /**
@@ -55,7 +62,7 @@ public final class Recording implements AutoCloseable {
     public static Recording open(Path path) throws IOException {
         RecordFile file = RecordFile.open(path);
         try {
-            return new Recording(file, RecordingParser.header(file.header()));
+            return new Recording(path, file, RecordingParser.header(file.header()));
         } catch (IOException | RuntimeException e) {
             file.close();
             throw e instanceof IOException io ? io : new IOException(path + ": " + e, e);
@@ -63,39 +70,58 @@ public final class Recording implements AutoCloseable {
     }
 
     /**
-     * The encoding.
+     * The version of the file's format.
+     *
+     * @return 1, which knows one decoder alone, or 2
+     */
+    public int version() {
+        return header.version();
+    }
+
+    /**
+     * The decoders whose updates have been recorded, as far as the entries were read: the one that
+     * the recording begins with, and those of each {@link RecordingEntry.Decoder} since.
+     *
+     * @return the decoders, the one with index i at i; at least one
+     */
+    public List<RecordingEntry.Decoder> decoders() {
+        return List.copyOf(decoders);
+    }
+
+    /**
+     * The encoding of the first decoder.
      *
      * @return the codec
      */
     public Codec codec() {
-        return header.codec();
+        return header.decoder().codec();
     }
 
     /**
-     * The version of the update data.
+     * The version of the first decoder's update data.
      *
      * @return the version
      */
     public ProtocolVersion protocolVersion() {
-        return header.protocolVersion();
+        return header.decoder().protocolVersion();
     }
 
     /**
-     * The chroma subsampling.
+     * The chroma subsampling of the first decoder.
      *
      * @return the subsampling
      */
     public ChromaSubsampling chromaSubsampling() {
-        return header.chromaSubsampling();
+        return header.decoder().chromaSubsampling();
     }
 
     /**
-     * How macroblocks of protocol version 2 follow each other.
+     * How macroblocks of the first decoder's updates follow each other in protocol version 2.
      *
      * @return the layout
      */
     public RecordLayout recordLayout() {
-        return header.recordLayout();
+        return header.decoder().recordLayout();
     }
 
     /**
@@ -108,18 +134,13 @@ public final class Recording implements AutoCloseable {
     }
 
     /**
-     * Options of a decoder for its updates, with as many threads as they need.
+     * Options of a decoder for the first decoder's updates, with as many threads as they need.
      *
      * @return a builder that may be changed further
      */
     public DecoderOptions.Builder options() {
-        boolean pool =
-                protocolVersion() == ProtocolVersion.V2 && recordLayout() == RecordLayout.PADDED;
-        return DecoderOptions.builder(codec())
-                .protocolVersion(protocolVersion())
-                .chromaSubsampling(chromaSubsampling())
-                .recordLayout(recordLayout())
-                .threads(pool ? 1 : 0)
+        return header.decoder()
+                .options()
                 .contrast(initialSettings().contrast())
                 .postprocessing(initialSettings().postprocessing());
     }
@@ -167,9 +188,38 @@ public final class Recording implements AutoCloseable {
         file.close();
     }
 
+    /**
+     * Names the file, the size that it begins with, and the decoders known so far.
+     *
+     * @return a text for people
+     */
+    @Override
+    public String toString() {
+        return String.format(
+                "%s (version %d, %dx%d, %s)",
+                path,
+                version(),
+                initialSettings().width(),
+                initialSettings().height(),
+                decoders.stream().map(Recording::describe).collect(Collectors.joining(", ")));
+    }
+
+    private static String describe(RecordingEntry.Decoder decoder) {
+        return decoder.codec()
+                + " "
+                + decoder.protocolVersion()
+                + " "
+                + decoder.chromaSubsampling()
+                + " "
+                + decoder.recordLayout();
+    }
+
     private RecordingEntry parse(RecordFile.Item item) {
         try {
-            RecordingEntry entry = RecordingParser.entry(item);
+            RecordingEntry entry = RecordingParser.entry(item, header, decoders.size());
+            if (entry instanceof RecordingEntry.Decoder added) {
+                decoders.add(added);
+            }
             file.accept(item);
             return entry;
         } catch (RuntimeException | IOException e) {
@@ -178,9 +228,9 @@ public final class Recording implements AutoCloseable {
         }
     }
 
-    private static Ending endingOf(RecordFile.Item item) {
+    private Ending endingOf(RecordFile.Item item) {
         return switch (item.state()) {
-            case WHOLE -> RecordingParser.isTooNew(item) ? Ending.TOO_NEW : Ending.NOT_REACHED;
+            case WHOLE -> RecordingParser.isTooNew(item, header) ? Ending.TOO_NEW : Ending.NOT_REACHED;
             case NONE -> Ending.COMPLETE;
             case CUT -> Ending.CUT;
             case DAMAGED -> Ending.DAMAGED;

@@ -39,8 +39,8 @@ final class RecordingComposer {
 
     /** What stands before an update's payload; the checksum is that of the whole framebuffer. */
     static ByteBuffer updateFields(UpdateHeader header, long micros, long result, int crc) {
-        ByteBuffer fields = RecordingFormat.allocate(RecordingFormat.UPDATE_FIELDS_BYTES);
-        fields.putShort((short) RecordingFormat.UPDATE_FIELDS_BYTES);
+        ByteBuffer fields = RecordingFormat.allocate(RecordingFormat.LEAST_UPDATE_FIELDS_BYTES);
+        fields.putShort((short) RecordingFormat.LEAST_UPDATE_FIELDS_BYTES);
         fields.put((byte) RecordingFormat.RESULT_KNOWN);
         fields.put((byte) RecordingFormat.COVERS_FRAMEBUFFER);
         fields.putInt(header.quality());

@@ -22,6 +22,7 @@ public sealed interface RecordingEntry {
      * @param result what the native method returned, -1 if the update failed
      * @param covering what the checksum is of
      * @param pictureCrc CRC-32 of the picture afterwards
+     * @param decoder index of its decoder among {@link Recording#decoders}
      */
     record Update(
             UpdateHeader header,
@@ -30,8 +31,44 @@ public sealed interface RecordingEntry {
             boolean resultKnown,
             long result,
             Covering covering,
-            int pictureCrc)
+            int pictureCrc,
+            int decoder)
             implements RecordingEntry {}
+
+    /**
+     * A decoder that takes part from here on. Each keeps its own state; all draw into one
+     * framebuffer.
+     *
+     * @param index 0 for the decoder that a recording begins with, then 1, 2, ...; at most 255
+     * @param codec the encoding
+     * @param protocolVersion the version of the update data
+     * @param chromaSubsampling the chroma subsampling
+     * @param recordLayout how macroblocks of protocol version 2 follow each other
+     * @param threads how many worker threads it had when it was recorded
+     */
+    record Decoder(
+            int index,
+            Codec codec,
+            ProtocolVersion protocolVersion,
+            ChromaSubsampling chromaSubsampling,
+            RecordLayout recordLayout,
+            int threads)
+            implements RecordingEntry {
+        /**
+         * Options of a decoder for its updates, with as many threads as they need.
+         *
+         * @return a builder that may be changed further
+         */
+        public DecoderOptions.Builder options() {
+            boolean pool =
+                    protocolVersion == ProtocolVersion.V2 && recordLayout == RecordLayout.PADDED;
+            return DecoderOptions.builder(codec)
+                    .protocolVersion(protocolVersion)
+                    .chromaSubsampling(chromaSubsampling)
+                    .recordLayout(recordLayout)
+                    .threads(pool ? 1 : 0);
+        }
+    }
 
     /**
      * Settings that hold from here on.

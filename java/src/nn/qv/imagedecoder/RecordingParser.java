@@ -3,7 +3,6 @@ package nn.qv.imagedecoder;
 import java.io.ByteArrayInputStream;
 import java.io.IOException;
 import java.nio.ByteBuffer;
-import java.nio.ByteOrder;
 import java.nio.charset.StandardCharsets;
 import java.util.function.ToIntFunction;
 import java.util.zip.InflaterInputStream;
@@ -17,61 +16,87 @@ import nn.qv.imagedecoder.internal.RecordingFormat;
 final class RecordingParser {
     /** What stands before the records. */
     record Header(
-            Codec codec,
-            ProtocolVersion protocolVersion,
-            ChromaSubsampling chromaSubsampling,
-            RecordLayout recordLayout,
-            RecordingEntry.Settings settings) {}
-
-    private static final int CODEC_OFFSET = 12;
+            int version,
+            RecordingEntry.Decoder decoder,
+            RecordingEntry.Settings settings,
+            long startMicros) {
+        /** Whether records may describe further decoders. */
+        boolean takesDecoders() {
+            return version > RecordingFormat.VERSION_OF_ONE_DECODER;
+        }
+    }
 
     private RecordingParser() {}
 
     static Header header(ByteBuffer in) throws IOException {
         int version = u16(in, RecordingFormat.MAGIC.length);
-        if (version != RecordingFormat.VERSION) {
+        if (version < RecordingFormat.VERSION_OF_ONE_DECODER || version > RecordingFormat.VERSION) {
             throw new IOException("A recording of version " + version + ", which is not known");
         }
-        in.position(CODEC_OFFSET);
         return new Header(
-                value(Codec.values(), Codec::code, in.get()),
-                value(ProtocolVersion.values(), ProtocolVersion::code, in.get()),
-                value(ChromaSubsampling.values(), ChromaSubsampling::code, in.get()),
-                value(RecordLayout.values(), RecordLayout::code, in.get()),
-                settings(in.slice().order(ByteOrder.LITTLE_ENDIAN)));
+                version,
+                decoder(0, in.slice(12, 4), in.getInt(32)),
+                settings(in.slice(16, RecordingFormat.SETTINGS_BYTES).order(in.order())),
+                in.getLong(24));
     }
 
-    static boolean isTooNew(RecordFile.Item item) {
-        return item.type() > RecordingFormat.PICTURE
-                && item.type() < RecordingFormat.FIRST_OPTIONAL;
+    static boolean isTooNew(RecordFile.Item item, Header header) {
+        int newest =
+                header.takesDecoders() ? RecordingFormat.DECODER : RecordingFormat.PICTURE;
+        return item.type() > newest && item.type() < RecordingFormat.FIRST_OPTIONAL;
     }
 
-    /** Null for what need not be understood. */
-    static RecordingEntry entry(RecordFile.Item item) throws IOException {
+    /**
+     * Null for what need not be understood.
+     *
+     * @param decoders how many decoders have been described so far
+     */
+    static RecordingEntry entry(RecordFile.Item item, Header header, int decoders)
+            throws IOException {
         ByteBuffer body = item.body();
         return switch (item.type()) {
-            case RecordingFormat.UPDATE -> update(body);
+            case RecordingFormat.UPDATE -> update(body, header, decoders);
             case RecordingFormat.SETTINGS -> settings(body);
             case RecordingFormat.PICTURE -> picture(body);
+            case RecordingFormat.DECODER -> decoder(body, decoders);
             case RecordingFormat.NOTE ->
                     new RecordingEntry.Note(StandardCharsets.UTF_8.decode(body).toString());
             default -> null;
         };
     }
 
-    private static RecordingEntry.Update update(ByteBuffer in) {
+    private static RecordingEntry.Update update(ByteBuffer in, Header header, int decoders) {
         int fieldsBytes = u16(in, 0);
-        require(fieldsBytes >= RecordingFormat.UPDATE_FIELDS_BYTES, "short fields");
-        UpdateHeader header =
-                new UpdateHeader(u16(in, 8), u16(in, 10), u16(in, 12), u16(in, 14), in.getInt(4));
+        require(fieldsBytes >= RecordingFormat.LEAST_UPDATE_FIELDS_BYTES, "short fields");
+        boolean named =
+                header.takesDecoders() && fieldsBytes >= RecordingFormat.UPDATE_FIELDS_BYTES;
+        int decoder = named ? in.get(36) & 0xFF : 0;
+        require(decoder < decoders, "unknown decoder");
         return new RecordingEntry.Update(
-                header,
+                new UpdateHeader(u16(in, 8), u16(in, 10), u16(in, 12), u16(in, 14), in.getInt(4)),
                 in.getLong(16),
                 rest(in, fieldsBytes),
                 (in.get(2) & RecordingFormat.RESULT_KNOWN) != 0,
                 in.getLong(24),
                 covering(in.get(3)),
-                in.getInt(32));
+                in.getInt(32),
+                decoder);
+    }
+
+    private static RecordingEntry.Decoder decoder(ByteBuffer in, int decoders) {
+        require((in.get(0) & 0xFF) == decoders, "not the next decoder");
+        return decoder(decoders, in.slice(1, 4), in.getInt(8));
+    }
+
+    /** The codes are those of codec, protocol version, chroma subsampling and layout. */
+    private static RecordingEntry.Decoder decoder(int index, ByteBuffer codes, int threads) {
+        return new RecordingEntry.Decoder(
+                index,
+                value(Codec.values(), Codec::code, codes.get(0)),
+                value(ProtocolVersion.values(), ProtocolVersion::code, codes.get(1)),
+                value(ChromaSubsampling.values(), ChromaSubsampling::code, codes.get(2)),
+                value(RecordLayout.values(), RecordLayout::code, codes.get(3)),
+                (int) Math.min(Integer.toUnsignedLong(threads), Integer.MAX_VALUE));
     }
 
     private static RecordingEntry.Settings settings(ByteBuffer in) {

@@ -21,8 +21,8 @@ import java.util.concurrent.TimeUnit;
  */
 public final class RecordingPlayer implements AutoCloseable {
     private final Recording recording;
-    private final ScreenDecoder decoder;
-    private final ReplayScreen screen;
+    private final ReplayDecoders decoders;
+    private final ReplayScreen screen = new ReplayScreen();
     private RecordingEntry.Update last;
     private String difference = "";
     private String failure = "";
@@ -31,19 +31,17 @@ public final class RecordingPlayer implements AutoCloseable {
     private long differing;
     private long checksums;
 
-    private RecordingPlayer(Recording recording, ScreenDecoder decoder, ReplayScreen screen)
-            throws IOException {
+    private RecordingPlayer(Recording recording, int threads) {
         this.recording = recording;
-        this.decoder = decoder;
-        this.screen = screen;
-        apply(recording.initialSettings());
+        decoders = new ReplayDecoders(threads);
     }
 
     /**
-     * Opens a recording and a decoder for it.
+     * Opens a recording and a decoder for it. A recording of several decoders gets as many, which
+     * draw into one framebuffer.
      *
      * @param file the recording
-     * @param threads worker threads of the decoder, 1 to {@link DecoderOptions#MAX_THREADS}; 0 for
+     * @param threads worker threads of each decoder, 1 to {@link DecoderOptions#MAX_THREADS}; 0 for
      *     as many as the recording needs
      * @return the player, before the first update
      * @throws IOException if the file cannot be read or is no recording
@@ -52,18 +50,12 @@ public final class RecordingPlayer implements AutoCloseable {
      */
     public static RecordingPlayer open(Path file, int threads) throws IOException {
         DecoderOptions.checkThreads(threads);
-        Recording recording = Recording.open(file);
-        ScreenDecoder decoder = null;
+        RecordingPlayer player = new RecordingPlayer(Recording.open(file), threads);
         try {
-            DecoderOptions.Builder builder = recording.options();
-            DecoderOptions options = (threads > 0 ? builder.threads(threads) : builder).build();
-            decoder = ScreenDecoder.open(options);
-            return new RecordingPlayer(recording, decoder, new ReplayScreen(options));
+            player.begin();
+            return player;
         } catch (IOException | RuntimeException | Error e) {
-            recording.close();
-            if (decoder != null) {
-                decoder.close();
-            }
+            player.close();
             throw e;
         }
     }
@@ -72,7 +64,8 @@ public final class RecordingPlayer implements AutoCloseable {
      * Plays up to and with the next update.
      *
      * @return false if there is none
-     * @throws IOException if the file cannot be read
+     * @throws IOException if the file cannot be read, or another decoder or framebuffer that begins
+     *     there cannot be made
      */
     public boolean step() throws IOException {
         difference = "";
@@ -80,6 +73,8 @@ public final class RecordingPlayer implements AutoCloseable {
         for (RecordingEntry entry = recording.next(); entry != null; entry = recording.next()) {
             if (entry instanceof RecordingEntry.Settings changed) {
                 apply(changed);
+            } else if (entry instanceof RecordingEntry.Decoder added) {
+                add(added);
             } else if (entry instanceof RecordingEntry.Picture picture) {
                 screen.show(picture);
             } else if (entry instanceof RecordingEntry.Update update) {
@@ -95,7 +90,7 @@ public final class RecordingPlayer implements AutoCloseable {
      *
      * @param inRealTime whether to keep the pace of the recording; otherwise as fast as possible
      * @return whether every update gave what was recorded
-     * @throws IOException if the file cannot be read
+     * @throws IOException as {@link #step}
      * @throws InterruptedException if the thread is interrupted while it keeps the pace
      */
     public boolean play(boolean inRealTime) throws IOException, InterruptedException {
@@ -201,29 +196,42 @@ public final class RecordingPlayer implements AutoCloseable {
     }
 
     /**
-     * Figures of the decoder.
+     * Figures of all decoders together.
      *
      * @return the figures as they are now
      */
     public DecoderStatistics statistics() {
-        return decoder.statistics();
+        return decoders.statistics();
     }
 
     @Override
     public void close() throws IOException {
-        decoder.close();
+        decoders.close();
         recording.close();
+    }
+
+    private void begin() throws IOException {
+        screen.add(decoders.open(recording.decoders().get(0)));
+        apply(recording.initialSettings());
+    }
+
+    private void add(RecordingEntry.Decoder added) throws IOException {
+        try {
+            screen.add(decoders.open(added));
+        } catch (IllegalArgumentException e) {
+            throw ReplayScreen.cannotBeShown(e);
+        }
     }
 
     private void apply(RecordingEntry.Settings changed) throws IOException {
         screen.apply(changed);
-        decoder.setContrast(changed.contrast());
-        decoder.setPostprocessing(changed.postprocessing());
+        decoders.apply(changed);
     }
 
     private void play(RecordingEntry.Update update) {
         last = update;
         updates++;
+        ScreenDecoder decoder = decoders.get(update.decoder());
         long result;
         try {
             decoder.decode(update.header(), update.payload(), screen.framebuffer());

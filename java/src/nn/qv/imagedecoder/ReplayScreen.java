@@ -2,20 +2,27 @@ package nn.qv.imagedecoder;
 
 import java.io.IOException;
 import java.nio.ByteBuffer;
+import java.util.ArrayList;
+import java.util.List;
 
 /** The framebuffer that a recording is played into, which follows the recorded one. */
 final class ReplayScreen {
-    private final DecoderOptions options;
+    /** Of the decoders that draw into it, by their index. */
+    private final List<DecoderOptions> options = new ArrayList<>();
+
     private RecordingEntry.Settings settings;
     private Framebuffer framebuffer;
 
-    /** The options are those of the decoder that plays. */
-    ReplayScreen(DecoderOptions options) {
-        this.options = options;
-    }
-
     Framebuffer framebuffer() {
         return framebuffer;
+    }
+
+    /** Another decoder draws into it from here on. */
+    void add(DecoderOptions decoder) throws IOException {
+        options.add(decoder);
+        if (framebuffer != null) {
+            check(framebuffer);
+        }
     }
 
     /** A change of size or kind brings another framebuffer. */
@@ -36,13 +43,28 @@ final class ReplayScreen {
             Framebuffer made =
                     shape.planes()
                             ? Framebuffer.planes(
-                                    shape.width(), shape.height(), options.chromaSubsampling())
+                                    shape.width(),
+                                    shape.height(),
+                                    options.get(0).chromaSubsampling())
                             : Framebuffer.argb(shape.width(), shape.height());
-            UpdateChecks.checkFramebuffer(options, made);
+            check(made);
             return made;
         } catch (IllegalArgumentException e) {
-            throw new IOException("The recording cannot be shown: " + e.getMessage(), e);
+            throw cannotBeShown(e);
         }
+    }
+
+    /** One framebuffer has to serve all decoders. */
+    private void check(Framebuffer shared) throws IOException {
+        try {
+            options.forEach(decoder -> UpdateChecks.checkFramebuffer(decoder, shared));
+        } catch (IllegalArgumentException e) {
+            throw cannotBeShown(e);
+        }
+    }
+
+    static IOException cannotBeShown(IllegalArgumentException reason) {
+        return new IOException("The recording cannot be shown: " + reason.getMessage(), reason);
     }
 
     /** Shows what did not come from updates. */
@@ -59,7 +81,8 @@ final class ReplayScreen {
 
     /** Whether the recorded checksum of an update is one that this decoder should give, too. */
     boolean comparable(RecordingEntry.Update update) {
-        boolean otherKernels = settings.portableKernels() && options.codec().dependsOnKernels();
+        Codec codec = options.get(update.decoder()).codec();
+        boolean otherKernels = settings.portableKernels() && codec.dependsOnKernels();
         return switch (update.covering()) {
             case NOTHING -> false;
             case FRAMEBUFFER -> !otherKernels;

@@ -44,7 +44,7 @@ public final class RecordingWriter implements Closeable {
             throws IOException {
         ByteBuffer header = RecordingFormat.allocate(RecordingFormat.HEADER_BYTES);
         header.put(RecordingFormat.MAGIC);
-        header.putShort((short) RecordingFormat.VERSION);
+        header.putShort((short) RecordingFormat.VERSION_OF_ONE_DECODER);
         header.putShort((short) RecordingFormat.HEADER_BYTES);
         header.put(codec).put(version).put(chroma).put(layout).put(settings);
         header.putLong(startMicros).putInt(threads);
