@@ -30,7 +30,7 @@ public final class DecoderOptions {
     private final int threads;
     private final int contrast;
     private final boolean postprocessing;
-    private final Path recording;
+    private final ConnectionRecording recording;
 
     private DecoderOptions(Builder builder) {
         codec = builder.codec;
@@ -120,9 +120,19 @@ public final class DecoderOptions {
     /**
      * Where the connection is recorded.
      *
-     * @return the file, empty if it is not recorded
+     * @return the file, or the pattern of {@link ConnectionRecording#perConnection}; empty if it is
+     *     not recorded
      */
     public Optional<Path> recording() {
+        return connectionRecording().map(ConnectionRecording::path);
+    }
+
+    /**
+     * What records the connection.
+     *
+     * @return the recording, empty if there is none
+     */
+    public Optional<ConnectionRecording> connectionRecording() {
         return Optional.ofNullable(recording);
     }
 
@@ -176,7 +186,7 @@ public final class DecoderOptions {
         private int threads;
         private int contrast;
         private boolean postprocessing;
-        private Path recording;
+        private ConnectionRecording recording;
 
         private Builder(Codec codec) {
             this.codec = Objects.requireNonNull(codec, "codec");
@@ -262,11 +272,29 @@ public final class DecoderOptions {
          * last update even after a crash: {@code java -jar imagedecoder.jar replay FILE}. It shows
          * what was on the screen, passwords being typed included, so its owner alone can read it.
          *
+         * <p>If the same options open a decoder again after the first one was closed, as after a
+         * reconnect, its updates are appended. {@link #record(ConnectionRecording)} records several
+         * decoders at a time, appends to an existing recording, or begins a file for each
+         * connection.
+         *
          * @param file a file that does not exist yet, usually named {@code *.rcrec}
          * @return this builder
          */
         public Builder record(Path file) {
-            recording = Objects.requireNonNull(file, "file");
+            Objects.requireNonNull(file, "file");
+            recording = ConnectionRecording.ofOneDecoder(file);
+            return this;
+        }
+
+        /**
+         * Records the connection together with its other decoders, or in another way than to one
+         * new file.
+         *
+         * @param shared the recording, which the options of all these decoders are given
+         * @return this builder
+         */
+        public Builder record(ConnectionRecording shared) {
+            recording = Objects.requireNonNull(shared, "shared");
             return this;
         }
 

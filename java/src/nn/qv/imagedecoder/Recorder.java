@@ -1,50 +1,35 @@
 package nn.qv.imagedecoder;
 
 import java.io.IOException;
-import java.io.UncheckedIOException;
-import java.lang.System.Logger;
-import java.lang.System.Logger.Level;
-import java.nio.file.Files;
-import java.nio.file.Path;
-import java.util.Arrays;
-import java.util.concurrent.TimeUnit;
-import nn.qv.imagedecoder.internal.RecordingWriter;
+import java.util.Optional;
 
 /**
- * Records what a decoder is given and what becomes of it. A failure to write ends the recording and
- * not the connection.
+ * Records what one decoder is given and what becomes of it. The cleaner of a forgotten decoder
+ * holds it, so it must not lead to the decoder, nor to a listener of the viewer's.
  */
 final class Recorder {
-    private static final Logger LOGGER = System.getLogger("nn.qv.imagedecoder");
+    private static final int NOT_DESCRIBED = -1;
 
-    private final Path file;
-    private final DecoderOptions options;
-    private final RecordingWriter writer;
+    private final ConnectionRecording connection;
+    private final RecordingSession session;
+    private RecordingEntry.Decoder description;
     private int contrast;
     private boolean postprocessing;
-    private Framebuffer framebuffer;
-    private byte[] writtenSettings;
-    private int pictureCrc;
-    private long startNanos;
-    private long updateMicros;
-    private boolean ended;
+    private boolean closed;
 
-    /** Something that writes to the file. */
-    private interface Writing {
-        void run() throws IOException;
-    }
-
-    private Recorder(Path file, DecoderOptions options) throws IOException {
-        this.file = file;
-        this.options = options;
+    Recorder(ConnectionRecording connection, RecordingSession session, DecoderOptions options) {
+        this.connection = connection;
+        this.session = session;
         contrast = options.contrast();
         postprocessing = options.postprocessing();
-        writer = new RecordingWriter(file);
-    }
-
-    /** Creates the options' file; its header waits for the first update's geometry. */
-    static Recorder create(DecoderOptions options) throws IOException {
-        return new Recorder(options.recording().orElseThrow(), options);
+        description =
+                new RecordingEntry.Decoder(
+                        NOT_DESCRIBED,
+                        options.codec(),
+                        options.protocolVersion(),
+                        options.chromaSubsampling(),
+                        RecordingComposer.layout(options),
+                        options.threads());
     }
 
     void setContrast(int level) {
@@ -55,102 +40,66 @@ final class Recorder {
         postprocessing = enabled;
     }
 
-    /** Before an update is decoded: writes what has changed since the last one. */
-    synchronized void begin(Framebuffer target, long nanos) {
-        write(
-                () -> {
-                    byte[] settings =
-                            RecordingComposer.settings(target, contrast, postprocessing);
-                    if (!writer.begun()) {
-                        startNanos = nanos;
-                        writeHeader(settings);
-                    }
-                    updateMicros = TimeUnit.NANOSECONDS.toMicros(nanos - startNanos);
-                    adapt(target, settings);
-                });
+    /** Before an update is decoded; {@link #leave} must follow in any case. */
+    void begin(Framebuffer target) {
+        session.enter();
+        session.write(content -> content.begin(this, target));
     }
 
     /** After an update was decoded, or has failed. */
-    synchronized void end(UpdateHeader header, byte[] payload, long result) {
-        write(
-                () -> {
-                    pictureCrc = PictureChecksum.of(framebuffer);
-                    writer.update(
-                            RecordingComposer.updateFields(
-                                    header, updateMicros, result, pictureCrc),
-                            payload,
-                            updateMicros);
-                });
+    void end(UpdateHeader header, byte[] payload, long result) {
+        session.write(content -> content.end(this, header, payload, result));
+    }
+
+    /** After {@link #begin}, however the update has ended. */
+    void leave() {
+        session.leave();
     }
 
     /** Leaves a text, if the recording has begun. */
-    synchronized void note(String text) {
-        write(
-                () -> {
-                    if (writer.begun()) {
-                        writer.note(text);
-                    }
-                });
-    }
-
-    /** Without any update there is nothing to keep. */
-    synchronized void close() {
-        write(
-                () -> {
-                    writer.close();
-                    if (!writer.begun()) {
-                        Files.deleteIfExists(file);
-                    }
-                });
-        ended = true;
-    }
-
-    private void write(Writing writing) {
-        if (ended) {
-            return;
-        }
+    void note(String text) {
+        session.enter();
         try {
-            writing.run();
-        } catch (IOException | UncheckedIOException | OutOfMemoryError e) {
-            ended = true;
-            LOGGER.log(Level.WARNING, "The recording " + file + " ends here", e);
-            try {
-                writer.abandon();
-            } catch (IOException closing) {
-                e.addSuppressed(closing);
-            }
+            session.write(content -> content.note(text));
+        } finally {
+            session.leave();
         }
     }
 
-    private void writeHeader(byte[] settings) throws IOException {
-        writer.header(
-                (byte) options.codec().code(),
-                (byte) options.protocolVersion().code(),
-                (byte) options.chromaSubsampling().code(),
-                (byte) RecordingComposer.layout(options).code(),
-                settings,
-                TimeUnit.MILLISECONDS.toMicros(System.currentTimeMillis()),
-                options.threads());
-        writtenSettings = settings;
+    /** Why the recording has ended early. */
+    Optional<IOException> failure() {
+        return session.failure();
     }
 
-    /** Writes settings and picture if a player would have others. */
-    private void adapt(Framebuffer target, byte[] settings) throws IOException {
-        boolean blank =
-                framebuffer == null
-                        || !Arrays.equals(
-                                RecordingComposer.shapeOf(settings),
-                                RecordingComposer.shapeOf(writtenSettings));
-        if (!Arrays.equals(settings, writtenSettings)) {
-            writer.settings(settings);
-            writtenSettings = settings;
+    /** Takes no further part; the last one of a connection ends its file. */
+    void close() {
+        if (!closed) {
+            closed = true;
+            connection.leave();
         }
-        int shown = blank ? PictureChecksum.ofBlank(target) : pictureCrc;
-        int crc = PictureChecksum.of(target);
-        framebuffer = target;
-        if (crc != shown) {
-            writer.picture(
-                    RecordingComposer.pictureFields(crc), RecordingComposer.compressed(target));
-        }
+    }
+
+    /** As a recording holds them. */
+    byte[] settings(Framebuffer target) {
+        return RecordingComposer.settings(target, contrast, postprocessing);
+    }
+
+    RecordingEntry.Decoder description() {
+        return description;
+    }
+
+    /** Whether the file says what it is. */
+    boolean isDescribed() {
+        return index() != NOT_DESCRIBED;
+    }
+
+    int index() {
+        return description.index();
+    }
+
+    /** Gives it an index in the file. */
+    RecordingEntry.Decoder describe(int index) {
+        description = description.withIndex(index);
+        return description;
     }
 }

@@ -44,6 +44,7 @@ public final class Recording implements AutoCloseable {
     private final RecordingParser.Header header;
     private final List<RecordingEntry.Decoder> decoders = new ArrayList<>();
     private Ending ending = Ending.NOT_REACHED;
+    private long entryOffset;
 
     private Recording(Path path, RecordFile file, RecordingParser.Header header) {
         this.path = path;
@@ -201,17 +202,41 @@ public final class Recording implements AutoCloseable {
                 version(),
                 initialSettings().width(),
                 initialSettings().height(),
-                decoders.stream().map(Recording::describe).collect(Collectors.joining(", ")));
+                decoders.stream()
+                        .map(RecordingEntry.Decoder::describe)
+                        .collect(Collectors.joining(", ")));
     }
 
-    private static String describe(RecordingEntry.Decoder decoder) {
-        return decoder.codec()
-                + " "
-                + decoder.protocolVersion()
-                + " "
-                + decoder.chromaSubsampling()
-                + " "
-                + decoder.recordLayout();
+    /** When it began, in microseconds since 1970; 0 if that is unknown. */
+    long startMicros() {
+        return header.startMicros();
+    }
+
+    /** Where the record of the last entry begins in the file. */
+    long entryOffset() {
+        return entryOffset;
+    }
+
+    /** How many bytes the file has now. */
+    long size() throws IOException {
+        return file.size();
+    }
+
+    /** At the end: throws unless at most an incomplete entry follows there. */
+    void checkCanBeAppendedTo() throws IOException {
+        boolean nothing =
+                switch (ending) {
+                    case COMPLETE -> true;
+                    case CUT -> !file.goesOnLater();
+                    case NOT_REACHED, DAMAGED, TOO_NEW -> false;
+                };
+        if (!nothing) {
+            throw new IOException(
+                    path
+                            + " cannot be appended to: it is damaged or too new at byte "
+                            + position()
+                            + ", and what follows there would be lost");
+        }
     }
 
     private RecordingEntry parse(RecordFile.Item item) {
@@ -220,6 +245,7 @@ public final class Recording implements AutoCloseable {
             if (entry instanceof RecordingEntry.Decoder added) {
                 decoders.add(added);
             }
+            entryOffset = file.position();
             file.accept(item);
             return entry;
         } catch (RuntimeException | IOException e) {
@@ -230,7 +256,8 @@ public final class Recording implements AutoCloseable {
 
     private Ending endingOf(RecordFile.Item item) {
         return switch (item.state()) {
-            case WHOLE -> RecordingParser.isTooNew(item, header) ? Ending.TOO_NEW : Ending.NOT_REACHED;
+            case WHOLE ->
+                    RecordingParser.isTooNew(item, header) ? Ending.TOO_NEW : Ending.NOT_REACHED;
             case NONE -> Ending.COMPLETE;
             case CUT -> Ending.CUT;
             case DAMAGED -> Ending.DAMAGED;

@@ -68,6 +68,25 @@ public sealed interface RecordingEntry {
                     .recordLayout(recordLayout)
                     .threads(pool ? 1 : 0);
         }
+
+        /** Whether it understands another decoder's updates. */
+        boolean decodes(Decoder other) {
+            boolean anyLayout = protocolVersion != ProtocolVersion.V2;
+            return codec == other.codec
+                    && protocolVersion == other.protocolVersion
+                    && chromaSubsampling == other.chromaSubsampling
+                    && (anyLayout || recordLayout == other.recordLayout);
+        }
+
+        /** What decides how its updates are understood, as a text for people. */
+        String describe() {
+            return codec + " " + protocolVersion + " " + chromaSubsampling + " " + recordLayout;
+        }
+
+        Decoder withIndex(int other) {
+            return new Decoder(
+                    other, codec, protocolVersion, chromaSubsampling, recordLayout, threads);
+        }
     }
 
     /**

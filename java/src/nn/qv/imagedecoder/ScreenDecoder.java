@@ -95,7 +95,10 @@ public final class ScreenDecoder implements AutoCloseable {
     public static ScreenDecoder open(DecoderOptions options) throws IOException {
         Objects.requireNonNull(options, "options");
         NativeLoader.load();
-        Recorder recorder = options.recording().isPresent() ? Recorder.create(options) : null;
+        Recorder recorder = null;
+        if (options.connectionRecording().isPresent()) {
+            recorder = options.connectionRecording().get().join(options);
+        }
         NativeObjects objects = null;
         try {
             UpdateFeed feed = new UpdateFeed();

@@ -136,9 +136,21 @@ final class UpdateRun {
     private void perform(UpdateHeader header, ByteSource source, Framebuffer framebuffer)
             throws IOException {
         checkRectangle(header, framebuffer, source);
-        if (recorder != null) {
-            recorder.begin(framebuffer, System.nanoTime());
+        if (recorder == null) {
+            performInTurn(header, source, framebuffer);
+            return;
         }
+        recorder.begin(framebuffer);
+        try {
+            performInTurn(header, source, framebuffer);
+        } finally {
+            recorder.leave();
+        }
+    }
+
+    /** While no other decoder of the same recording draws. */
+    private void performInTurn(UpdateHeader header, ByteSource source, Framebuffer framebuffer)
+            throws IOException {
         byte[] transfer = transfers.forBytes(source.most());
         lastResult = perform(transfer, targetOf(framebuffer), header);
         consumed = feed.consumedBytes();

@@ -5,6 +5,7 @@ import java.io.EOFException;
 import java.io.IOException;
 import java.nio.ByteBuffer;
 import java.nio.channels.FileChannel;
+import java.nio.channels.FileChannel.MapMode;
 import java.nio.file.Path;
 import java.nio.file.StandardOpenOption;
 import java.util.Arrays;
@@ -57,14 +58,41 @@ public final class RecordFile implements Closeable {
         return position;
     }
 
+    /** How many bytes the file has now. */
+    public long size() throws IOException {
+        return channel.size();
+    }
+
     /** Reads what follows. */
     public Item next() throws IOException {
-        long left = channel.size() - position;
+        return item(position);
+    }
+
+    /** Whether a whole record begins anywhere after the first byte of the next one. */
+    public boolean goesOnLater() throws IOException {
+        ByteBuffer rest = channel.map(MapMode.READ_ONLY, position, channel.size() - position);
+        for (int at = 1; at < rest.limit() - RecordingFormat.RECORD_HEADER_BYTES; at++) {
+            if (beginsWithMagic(rest, at) && item(position + at).state() == State.WHOLE) {
+                return true;
+            }
+        }
+        return false;
+    }
+
+    private static boolean beginsWithMagic(ByteBuffer bytes, int at) {
+        byte[] magic = RecordingFormat.RECORD_MAGIC;
+        return bytes.get(at) == magic[0]
+                && bytes.get(at + 1) == magic[1]
+                && bytes.get(at + 2) == magic[2];
+    }
+
+    private Item item(long at) throws IOException {
+        long left = channel.size() - at;
         if (left == 0) {
             return Item.none(State.NONE);
         }
         int headerBytes = (int) Math.min(left, RecordingFormat.RECORD_HEADER_BYTES);
-        ByteBuffer start = read(position, headerBytes);
+        ByteBuffer start = read(at, headerBytes);
         int magicBytes = Math.min(headerBytes, RecordingFormat.RECORD_MAGIC.length);
         if (!beginsWith(start, Arrays.copyOf(RecordingFormat.RECORD_MAGIC, magicBytes))) {
             return Item.none(State.DAMAGED);
@@ -77,7 +105,7 @@ public final class RecordFile implements Closeable {
             return Item.none(State.DAMAGED);
         }
         int bytes = headerBytes + bodyBytes + RecordingFormat.CRC_BYTES;
-        return left < bytes ? Item.none(State.CUT) : whole(read(position, bytes));
+        return left < bytes ? Item.none(State.CUT) : whole(read(at, bytes), at);
     }
 
     /** Goes on behind a record. */
@@ -90,14 +118,14 @@ public final class RecordFile implements Closeable {
         channel.close();
     }
 
-    private Item whole(ByteBuffer record) {
+    private Item whole(ByteBuffer record, long at) {
         int end = record.limit() - RecordingFormat.CRC_BYTES;
         if (RecordingFormat.crc(record.array(), end) != record.getInt(end)) {
             return Item.none(State.DAMAGED);
         }
         int from = RecordingFormat.RECORD_HEADER_BYTES;
         ByteBuffer body = record.slice(from, end - from).order(record.order());
-        return new Item(State.WHOLE, record.get(3) & 0xFF, body, position + record.limit());
+        return new Item(State.WHOLE, record.get(3) & 0xFF, body, at + record.limit());
     }
 
     private ByteBuffer readHeader(Path path) throws IOException {

@@ -43,9 +43,6 @@ public final class RecordingFormat {
     public static final int COMPRESSION_NONE = 0;
     public static final int COMPRESSION_ZLIB = 1;
 
-    public static final int SINK_ARGB = 0;
-    public static final int SINK_PLANES = 1;
-
     private RecordingFormat() {}
 
     public static ByteBuffer allocate(int bytes) {

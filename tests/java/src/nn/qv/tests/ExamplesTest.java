@@ -45,6 +45,7 @@ final class ExamplesTest {
                 interface Connection {
                     boolean readHeader();
                     UpdateHeader updateHeader();
+                    boolean isLbe();
                     InputStream input();
                     void close();
                 }

@@ -7,7 +7,6 @@ import java.util.ArrayList;
 import java.util.HexFormat;
 import java.util.List;
 import nn.qv.imagedecoder.Recording;
-import nn.qv.imagedecoder.RecordingEntry;
 import nn.qv.imagedecoder.RecordingPlayer;
 
 /** The bytes of recordings of several decoders, read and played. */
@@ -39,6 +38,7 @@ final class RecordingDecodersTest {
         tests.reading();
         tests.damage();
         tests.planes();
+        tests.threads();
         tests.run.finish();
     }
 
@@ -46,7 +46,7 @@ final class RecordingDecodersTest {
         run.test(
                 "a recording of two decoders reports both and plays them on one screen",
                 file -> {
-                    Files.write(file, HexFormat.of().parseHex(EXAMPLE));
+                    Files.write(file, example());
                     try (RecordingPlayer player = RecordingPlayer.open(file, 0)) {
                         TestRun.expect(player.play(false), player.difference());
                         TestRun.expectEqual(2L, player.updates(), "updates");
@@ -66,7 +66,7 @@ final class RecordingDecodersTest {
         run.test(
                 "its text names the file, the size and the decoders",
                 file -> {
-                    Files.write(file, HexFormat.of().parseHex(EXAMPLE));
+                    Files.write(file, example());
                     try (Recording recording = Recording.open(file)) {
                         while (recording.next() != null) {
                             // The second decoder is described among the entries.
@@ -130,9 +130,9 @@ final class RecordingDecodersTest {
                         bytes.decoder(index, RecordingBytes.LBE);
                     }
                     Files.write(file, bytes.update("ff000000").bytes());
-                    TestRun.expect(read(file).endsWith("Decoder, Update 255] COMPLETE"), "ending");
+                    expectEnd("Decoder, Update 255] COMPLETE", file);
                     Files.write(file, bytes.decoder(0, RecordingBytes.LBE).bytes());
-                    TestRun.expect(read(file).endsWith("Update 255] DAMAGED"), "a 257th decoder");
+                    expectEnd("Update 255] DAMAGED", file);
                 });
         run.test(
                 "a later version of the file is refused by its number",
@@ -158,6 +158,32 @@ final class RecordingDecodersTest {
                         .record(RecordingBytes.SETTINGS, RecordingBytes.PLANES));
     }
 
+    static byte[] example() {
+        return HexFormat.of().parseHex(EXAMPLE);
+    }
+
+    private void threads() {
+        run.test(
+                "a number of threads that a later decoder cannot have stops there, with the reason",
+                file -> {
+                    String lbe2Continuous = "01020000";
+                    Files.write(
+                            file,
+                            new RecordingBytes(2, RecordingBytes.ICT, RecordingBytes.PIXELS)
+                                    .update(OF_DECODER_0)
+                                    .decoder(1, lbe2Continuous)
+                                    .update(OF_DECODER_1)
+                                    .bytes());
+                    try (RecordingPlayer player = RecordingPlayer.open(file, 2)) {
+                        TestRun.expect(player.step(), "no update");
+                        IOException e = TestRun.expectThrown(IOException.class, player::step);
+                        TestRun.expect(
+                                e.getMessage().contains("without threads, not with 2"),
+                                e.getMessage());
+                    }
+                });
+    }
+
     private static RecordingBytes twoDecoders(String body) {
         return new RecordingBytes(2, RecordingBytes.ICT, RecordingBytes.PIXELS)
                 .record(RecordingBytes.DECODER, body);
@@ -171,23 +197,16 @@ final class RecordingDecodersTest {
                     List<String> read = new ArrayList<>();
                     for (RecordingBytes recording : recordings) {
                         Files.write(file, recording.bytes());
-                        read.add(read(file));
+                        read.add(RecordedConnection.entries(file));
                     }
                     String all = String.join(", ", read).replace("] COMPLETE, [", ", ");
                     TestRun.expectEqual(expected, all, "entries and ending");
                 });
     }
 
-    private static String read(Path file) throws IOException {
-        List<String> kinds = new ArrayList<>();
-        try (Recording recording = Recording.open(file)) {
-            for (RecordingEntry e = recording.next(); e != null; e = recording.next()) {
-                boolean isUpdate = e instanceof RecordingEntry.Update;
-                String decoder = isUpdate ? " " + ((RecordingEntry.Update) e).decoder() : "";
-                kinds.add(e.getClass().getSimpleName() + decoder);
-            }
-            return kinds + " " + recording.ending();
-        }
+    private static void expectEnd(String expected, Path file) throws IOException {
+        String entries = RecordedConnection.entries(file);
+        TestRun.expect(entries.endsWith(expected), entries);
     }
 
     private void expectNotShown(String sentence, RecordingBytes recording) {

@@ -7,6 +7,8 @@ import java.nio.file.Path;
 import java.util.Arrays;
 import java.util.List;
 import java.util.function.Supplier;
+import nn.qv.imagedecoder.Codec;
+import nn.qv.imagedecoder.ConnectionRecording;
 import nn.qv.imagedecoder.Framebuffer;
 import nn.qv.imagedecoder.ScreenDecoder;
 import nn.qv.imagedecoder.UpdateException;
@@ -19,12 +21,14 @@ import nn.qv.imagedecoder.UpdateHeader;
 final class RecordingToolTest {
     private final RecordingRun run = new RecordingRun();
     private final List<CaseFile> lives;
+    private final RecordedConnection connection;
     private final String tool;
     private final String jar;
     private final String object;
 
-    private RecordingToolTest(List<CaseFile> lives, String[] arguments) {
+    private RecordingToolTest(List<CaseFile> lives, String[] arguments) throws IOException {
         this.lives = lives;
+        connection = new RecordedConnection(arguments[0]);
         tool = arguments[1];
         jar = arguments[2];
         object = arguments[3];
@@ -73,6 +77,20 @@ final class RecordingToolTest {
                         RecordingTest.decode(life, decoder, larger, 0);
                     }
                     expectStatus(0, "with changes", file);
+                });
+        run.test(
+                "it verifies a recording of both codecs and of two connections",
+                file -> {
+                    Framebuffer screen = connection.screen();
+                    ConnectionRecording recording = ConnectionRecording.create(file);
+                    for (int i = 0; i < 2; i++) {
+                        try (ScreenDecoder ict = connection.open(Codec.ICT, recording);
+                                ScreenDecoder lbe = connection.open(Codec.LBE, recording)) {
+                            connection.decode(Codec.ICT, ict, screen);
+                            connection.decode(Codec.LBE, lbe, screen);
+                        }
+                    }
+                    expectStatus(0, "of both codecs", file);
                 });
         run.test(
                 "it reads a recording whose decoder is still open",
