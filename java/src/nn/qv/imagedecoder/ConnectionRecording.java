@@ -23,8 +23,10 @@ import java.util.Optional;
  * so a new one can be read by its owner alone.
  *
  * <p><b>Failures.</b> If the file cannot be opened, {@link ScreenDecoder#open} throws. A failure to
- * write later, such as a full disk, ends the recording of this connection; decoding goes on. {@link
- * #failure} returns the reason.
+ * write later, such as a full disk, ends the recording of this connection; decoding goes on. The
+ * file is shortened to its last complete entry. {@link #failure} and {@link
+ * ScreenDecoder#recordingFailure} return the reason, and {@link
+ * DecoderOptions.Builder#onRecordingFailure} is called with it.
  *
  * <p><b>Threads.</b> Any thread may call any method; none of them waits for an update. The decoders
  * may be used by different threads, but the recording lets one update be decoded at a time: {@code

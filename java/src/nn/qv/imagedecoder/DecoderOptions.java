@@ -1,8 +1,10 @@
 package nn.qv.imagedecoder;
 
+import java.io.IOException;
 import java.nio.file.Path;
 import java.util.Objects;
 import java.util.Optional;
+import java.util.function.Consumer;
 
 /**
  * What a connection settles before its first update. Immutable; made by a {@link Builder}.
@@ -31,6 +33,7 @@ public final class DecoderOptions {
     private final int contrast;
     private final boolean postprocessing;
     private final ConnectionRecording recording;
+    private final Consumer<IOException> recordingFailureListener;
 
     private DecoderOptions(Builder builder) {
         codec = builder.codec;
@@ -41,6 +44,7 @@ public final class DecoderOptions {
         contrast = builder.contrast;
         postprocessing = builder.postprocessing;
         recording = builder.recording;
+        recordingFailureListener = builder.recordingFailureListener;
     }
 
     /**
@@ -157,6 +161,11 @@ public final class DecoderOptions {
                 + "]";
     }
 
+    /** Null if there is none. */
+    Consumer<IOException> recordingFailureListener() {
+        return recordingFailureListener;
+    }
+
     static void checkContrast(int level) {
         if (level < 0 || level > MAX_CONTRAST) {
             throw new IllegalArgumentException(
@@ -187,6 +196,7 @@ public final class DecoderOptions {
         private int contrast;
         private boolean postprocessing;
         private ConnectionRecording recording;
+        private Consumer<IOException> recordingFailureListener;
 
         private Builder(Codec codec) {
             this.codec = Objects.requireNonNull(codec, "codec");
@@ -295,6 +305,21 @@ public final class DecoderOptions {
          */
         public Builder record(ConnectionRecording shared) {
             recording = Objects.requireNonNull(shared, "shared");
+            return this;
+        }
+
+        /**
+         * Sets a listener for a recording that ends early because it cannot be written. It is
+         * called once for each decoder, with what {@link ScreenDecoder#recordingFailure} returns:
+         * on the thread that decodes, after the decoder's current or next update, whether that was
+         * decoded or failed; or on the thread that closes the decoder. It may use and close the
+         * decoder. What it throws is logged.
+         *
+         * @param listener the listener
+         * @return this builder
+         */
+        public Builder onRecordingFailure(Consumer<IOException> listener) {
+            recordingFailureListener = Objects.requireNonNull(listener, "listener");
             return this;
         }
 

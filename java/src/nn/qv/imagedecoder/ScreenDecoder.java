@@ -9,6 +9,7 @@ import java.nio.channels.IllegalBlockingModeException;
 import java.nio.channels.ReadableByteChannel;
 import java.nio.channels.SelectableChannel;
 import java.util.Objects;
+import java.util.Optional;
 import nn.qv.imagedecoder.internal.BufferSource;
 import nn.qv.imagedecoder.internal.ByteSource;
 import nn.qv.imagedecoder.internal.ChannelSource;
@@ -73,12 +74,14 @@ public final class ScreenDecoder implements AutoCloseable {
     private final ChannelBuffers channelBuffers = new ChannelBuffers();
     private final DecoderOptions options;
     private final UpdateRun run;
+    private final RecordingNotice recordingNotice;
     private final Cleaner.Cleanable cleanable;
 
     private ScreenDecoder(
             DecoderOptions options, UpdateFeed feed, NativeObjects objects, Recorder recorder) {
         this.options = options;
         run = new UpdateRun(options, feed, objects, recorder);
+        recordingNotice = new RecordingNotice(recorder, options.recordingFailureListener());
         run.setContrast(options.contrast());
         run.setPostprocessing(options.postprocessing());
         cleanable = CLEANER.register(this, () -> release(objects, recorder));
@@ -309,6 +312,17 @@ public final class ScreenDecoder implements AutoCloseable {
     }
 
     /**
+     * Why the recording of this decoder's updates has ended early, such as a full disk. Decoding
+     * goes on without it. Any thread may call this, also after {@link #close}.
+     *
+     * @return the failure, whose cause is the error from the file system; empty if there was none
+     *     or nothing is recorded
+     */
+    public Optional<IOException> recordingFailure() {
+        return recordingNotice.failure();
+    }
+
+    /**
      * Whether the decoder is closed.
      *
      * @return true after {@link #close}
@@ -331,6 +345,7 @@ public final class ScreenDecoder implements AutoCloseable {
         if (guard.close()) {
             cleanable.clean();
         }
+        recordingNotice.giveIfDue();
     }
 
     /** The codec, the state and the figures, for a log line. */
@@ -363,6 +378,7 @@ public final class ScreenDecoder implements AutoCloseable {
             return run.decode(header, source, framebuffer);
         } finally {
             leave();
+            recordingNotice.giveIfDue();
         }
     }
 

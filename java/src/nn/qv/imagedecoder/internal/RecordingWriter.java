@@ -123,9 +123,12 @@ public final class RecordingWriter implements Closeable {
         deleteIfEmpty();
     }
 
-    /** Closes the file as it is. */
+    /** Cuts the file after its last whole record and closes it; deletes an empty new one. */
     public void abandon() throws IOException {
-        channel.close();
+        try (channel) {
+            channel.truncate(offset);
+        }
+        deleteIfEmpty();
     }
 
     private void deleteIfEmpty() throws IOException {

@@ -89,10 +89,16 @@ final class LeakTest {
         }
     }
 
-    /** Not closed yet. */
+    /** Not closed yet; its listener refers to the decoder, as a viewer's may. */
     private ScreenDecoder record(Path file) throws IOException {
+        List<ScreenDecoder> known = new ArrayList<>();
         ScreenDecoder decoder =
-                ScreenDecoder.open(DecoderOptions.builder(Codec.ICT).record(file).build());
+                ScreenDecoder.open(
+                        DecoderOptions.builder(Codec.ICT)
+                                .record(file)
+                                .onRecordingFailure(e -> known.clear())
+                                .build());
+        known.add(decoder);
         decoder.decode(header(), UNCHANGED, framebuffer);
         return decoder;
     }
