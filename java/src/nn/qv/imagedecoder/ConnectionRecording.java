@@ -198,7 +198,7 @@ public final class ConnectionRecording implements AutoCloseable {
     synchronized void leave() {
         decoders--;
         if (decoders == 0) {
-            session.close();
+            session.stop();
             written |= session.begun();
         }
     }

@@ -2,6 +2,7 @@ package nn.qv.imagedecoder;
 
 import java.io.IOException;
 import java.util.Optional;
+import java.util.concurrent.atomic.AtomicBoolean;
 
 /**
  * Records what one decoder is given and what becomes of it. The cleaner of a forgotten decoder
@@ -15,7 +16,7 @@ final class Recorder {
     private RecordingEntry.Decoder description;
     private int contrast;
     private boolean postprocessing;
-    private boolean closed;
+    private final AtomicBoolean closed = new AtomicBoolean();
 
     Recorder(ConnectionRecording connection, RecordingSession session, DecoderOptions options) {
         this.connection = connection;
@@ -42,27 +43,27 @@ final class Recorder {
 
     /** Before an update is decoded; {@link #leave} must follow in any case. */
     void begin(Framebuffer target) {
-        session.enter();
-        session.write(content -> content.begin(this, target));
+        session.enter(this);
+        session.write(this, content -> content.begin(this, target));
     }
 
     /** After an update was decoded, or has failed. */
     void end(UpdateHeader header, byte[] payload, long result) {
-        session.write(content -> content.end(this, header, payload, result));
+        session.write(this, content -> content.end(this, header, payload, result));
     }
 
     /** After {@link #begin}, however the update has ended. */
     void leave() {
-        session.leave();
+        session.leave(this);
     }
 
     /** Leaves a text, if the recording has begun. */
     void note(String text) {
-        session.enter();
+        session.enter(this);
         try {
-            session.write(content -> content.note(text));
+            session.write(this, content -> content.note(text));
         } finally {
-            session.leave();
+            session.leave(this);
         }
     }
 
@@ -71,12 +72,19 @@ final class Recorder {
         return session.failure();
     }
 
-    /** Takes no further part; the last one of a connection ends its file. */
+    /**
+     * Takes no further part; the last one of a connection ends its file. An update that another
+     * thread is decoding meanwhile is left out, and other decoders do not wait for it.
+     */
     void close() {
-        if (!closed) {
-            closed = true;
+        if (!closed.getAndSet(true)) {
+            session.leave(this);
             connection.leave();
         }
+    }
+
+    boolean isClosed() {
+        return closed.get();
     }
 
     /** As a recording holds them. */

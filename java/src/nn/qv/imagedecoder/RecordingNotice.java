@@ -25,6 +25,14 @@ final class RecordingNotice {
         return recorder == null ? Optional.empty() : recorder.failure();
     }
 
+    /** Ends the decoder's part in the recording, even while an update is being decoded. */
+    void close() {
+        if (recorder != null) {
+            recorder.close();
+        }
+        giveIfDue();
+    }
+
     /** Calls the listener if it is due; what it throws is logged, for decoding goes on. */
     void giveIfDue() {
         Optional<IOException> failure = failure();

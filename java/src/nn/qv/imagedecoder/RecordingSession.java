@@ -6,7 +6,6 @@ import java.lang.System.Logger;
 import java.lang.System.Logger.Level;
 import java.nio.file.Path;
 import java.util.Optional;
-import java.util.concurrent.locks.ReentrantLock;
 import nn.qv.imagedecoder.internal.RecordingWriter;
 
 /**
@@ -20,12 +19,13 @@ final class RecordingSession {
     private final RecordingWriter writer;
     private final RecordingContent content;
 
-    /** Held while an update is decoded, because its checksum depends on those before it. */
-    private final ReentrantLock lock = new ReentrantLock();
+    /** The decoder whose turn it is, and its thread; null between updates. */
+    private Recorder current;
 
+    private Thread currentThread;
+    private boolean stopRequested;
+    private boolean ended;
     private volatile IOException failure;
-    private volatile boolean ended;
-    private volatile boolean stopRequested;
 
     /** Something that writes to the file. */
     interface Writing {
@@ -78,31 +78,68 @@ final class RecordingSession {
         return content;
     }
 
-    /** Begins an update; waits while another decoder is decoding one. */
-    void enter() {
-        if (lock.isHeldByCurrentThread()) {
+    /** Waits for the decoder's turn and begins an update, unless nothing is recorded any more. */
+    synchronized void enter(Recorder decoder) {
+        if (currentThread == Thread.currentThread()) {
             throw new DecoderInUseException(
                     "A source has called another decoder of the same recording, "
                             + file
                             + ", which takes one update at a time");
         }
-        if (!ended) {
-            lock.lock();
+        awaitTurn();
+        if (!ended && !decoder.isClosed()) {
+            current = decoder;
+            currentThread = Thread.currentThread();
         }
     }
 
-    /** Ends an update. */
-    void leave() {
-        if (lock.isHeldByCurrentThread()) {
-            lock.unlock();
-        }
-        if (stopRequested) {
-            stop();
+    /** Ends an update that has begun, if any; the decoder may be used by another thread. */
+    synchronized void leave(Recorder decoder) {
+        if (current == decoder) {
+            current = null;
+            currentThread = null;
+            notifyAll();
+            if (stopRequested) {
+                finish();
+            }
         }
     }
 
     /** Writes between {@link #enter} and {@link #leave}, unless the recording has ended. */
-    void write(Writing writing) {
+    synchronized void write(Recorder decoder, Writing writing) {
+        if (current == decoder) {
+            write(writing);
+        }
+    }
+
+    /** Ends the recording as soon as no update is running, without waiting. */
+    synchronized void stop() {
+        stopRequested = true;
+        if (current == null) {
+            finish();
+        }
+    }
+
+    private void awaitTurn() {
+        boolean interrupted = false;
+        while (current != null && !ended) {
+            try {
+                wait();
+            } catch (InterruptedException e) {
+                interrupted = true; // For the source, which is read afterwards.
+            }
+        }
+        if (interrupted) {
+            Thread.currentThread().interrupt();
+        }
+    }
+
+    private void finish() {
+        write(all -> writer.close());
+        ended = true;
+    }
+
+    private void write(Writing writing) {
         if (ended) {
             return;
         }
@@ -111,33 +148,6 @@ final class RecordingSession {
         } catch (IOException | UncheckedIOException | OutOfMemoryError e) {
             fail(e);
         }
-    }
-
-    /** Ends the recording as soon as no update is running, without waiting. */
-    void stop() {
-        stopRequested = true;
-        if (!lock.isHeldByCurrentThread() && lock.tryLock()) {
-            try {
-                finish();
-            } finally {
-                lock.unlock();
-            }
-        }
-    }
-
-    /** Ends the recording. */
-    void close() {
-        lock.lock();
-        try {
-            finish();
-        } finally {
-            lock.unlock();
-        }
-    }
-
-    private void finish() {
-        write(all -> writer.close());
-        ended = true;
     }
 
     private void fail(Throwable reason) {
@@ -150,6 +160,7 @@ final class RecordingSession {
         }
         failure = failed;
         ended = true;
+        notifyAll();
         LOGGER.log(Level.WARNING, message, failed);
     }
 }

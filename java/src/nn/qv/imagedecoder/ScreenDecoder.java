@@ -345,7 +345,7 @@ public final class ScreenDecoder implements AutoCloseable {
         if (guard.close()) {
             cleanable.clean();
         }
-        recordingNotice.giveIfDue();
+        recordingNotice.close();
     }
 
     /** The codec, the state and the figures, for a log line. */

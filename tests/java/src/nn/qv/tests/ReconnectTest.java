@@ -1,12 +1,18 @@
 package nn.qv.tests;
 
 import java.io.IOException;
+import java.io.InputStream;
 import java.nio.file.FileAlreadyExistsException;
 import java.nio.file.Files;
 import java.nio.file.Path;
 import java.util.Arrays;
 import java.util.HexFormat;
 import java.util.List;
+import java.util.concurrent.CountDownLatch;
+import java.util.concurrent.ExecutionException;
+import java.util.concurrent.ExecutorService;
+import java.util.concurrent.Executors;
+import java.util.concurrent.Future;
 import nn.qv.imagedecoder.Codec;
 import nn.qv.imagedecoder.ConnectionRecording;
 import nn.qv.imagedecoder.DecoderOptions;
@@ -31,6 +37,7 @@ final class ReconnectTest {
         LogCapture.begin();
         ReconnectTest tests = new ReconnectTest(arguments[0]);
         tests.sameOptions();
+        tests.blockedSource();
         tests.names();
         tests.appending();
         tests.olderVersion();
@@ -102,6 +109,47 @@ final class ReconnectTest {
                     List<Long> times = RecordedConnection.times(file);
                     TestRun.expect(
                             times.get(1) - times.get(0) >= 25_000, "microseconds: " + times);
+                });
+    }
+
+    private void blockedSource() {
+        run.test(
+                "a decoder closed while its source is blocked does not hold up the next connection",
+                file -> {
+                    DecoderOptions options = connection.options(Codec.LBE).record(file).build();
+                    Framebuffer screen = connection.screen();
+                    ScreenDecoder blocked = ScreenDecoder.open(options);
+                    CountDownLatch reading = new CountDownLatch(1);
+                    CountDownLatch socketClosed = new CountDownLatch(1);
+                    InputStream source =
+                            new InputStream() {
+                                @Override
+                                public int read() throws IOException {
+                                    reading.countDown();
+                                    try {
+                                        socketClosed.await();
+                                    } catch (InterruptedException e) {
+                                        throw new IOException(e);
+                                    }
+                                    return -1;
+                                }
+                            };
+                    ExecutorService thread = Executors.newSingleThreadExecutor();
+                    Future<?> update =
+                            thread.submit(
+                                    () ->
+                                            blocked.decode(
+                                                    RecordedConnection.CORNER, source, 9, screen));
+                    reading.await();
+                    blocked.close();
+                    try (ScreenDecoder next = ScreenDecoder.open(options)) {
+                        connection.decode(Codec.LBE, next, screen);
+                    }
+                    socketClosed.countDown();
+                    TestRun.expectThrown(ExecutionException.class, update::get);
+                    thread.shutdown();
+                    RecordedConnection.expectPlays(file, screen);
+                    TestRun.expectEqual(1, RecordedConnection.times(file).size(), "updates");
                 });
     }
 
