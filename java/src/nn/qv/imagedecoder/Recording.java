@@ -196,15 +196,12 @@ public final class Recording implements AutoCloseable {
      */
     @Override
     public String toString() {
-        return String.format(
-                "%s (version %d, %dx%d, %s)",
-                path,
-                version(),
-                initialSettings().width(),
-                initialSettings().height(),
+        String names =
                 decoders.stream()
                         .map(RecordingEntry.Decoder::describe)
-                        .collect(Collectors.joining(", ")));
+                        .collect(Collectors.joining(", "));
+        String size = initialSettings().width() + "x" + initialSettings().height();
+        return path + " (version " + version() + ", " + size + ", " + names + ")";
     }
 
     /** When it began, in microseconds since 1970; 0 if that is unknown. */
