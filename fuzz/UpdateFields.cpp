@@ -2,6 +2,9 @@
 
 #include "libimagedecoder/HuffmanYCbCrDcAc.h"
 #include "libimagedecoder/LbeQuality.h"
+#include "libimagedecoder/LbeSyntax.h"
+#include "libimagedecoder/Macroblock.h"
+#include "libimagedecoder/UpdateSyntax.h"
 
 #include <span>
 
@@ -10,13 +13,25 @@ namespace {
 
 using Kind = BitField::Kind;
 using Codes = libimagedecoder::HuffmanYCbCrDcAc;
+using namespace libimagedecoder;
 
 struct OutOfBits {};
+
+const RecordLengthCode& LengthCodeOf(const UpdateCoding& coding) {
+    const UpdateRules& rules = RulesOf(coding.version);
+    return coding.lbe ? rules.m_LbeLength : rules.m_IctLength;
+}
+
+/// The number in a length field.
+uint32_t NumberIn(const BitField& field, const RecordLengthCode& code) {
+    return field.value & ((1u << (field.bits - code.PrefixBits())) - 1);
+}
 
 class Parser {
 public:
     Parser(std::span<const uint8_t> bytes, const UpdateCoding& coding)
-        : m_Bytes(bytes), m_Coding(coding) {}
+        : m_Bytes(bytes), m_Coding(coding), m_Rules(RulesOf(coding.version)),
+          m_Length(LengthCodeOf(coding)) {}
 
     BitFields Run() {
         try {
@@ -30,7 +45,7 @@ public:
     }
 
 private:
-    /// The next bits, 0 to 24, with zeros behind the end.
+    /// The next bits, 0 to 24, with zeros after the end.
     uint32_t Peek(unsigned bits) const {
         uint32_t word = 0;
         for (size_t byte = m_uiNext / 8; byte < m_uiNext / 8 + 4; ++byte)
@@ -46,14 +61,12 @@ private:
         return m_Fields.back().value;
     }
 
-    /// False behind the end marker.
+    /// False after the end marker.
     bool ParseRecord() {
         const size_t start = m_uiNext;
-        const unsigned longBits = m_Coding.version == 0 ? 14 : 16;
-        const uint32_t skip = Take(Kind::Skip, Peek(1) == 0 ? 1 : Peek(2) == 2 ? 8 : 2 + longBits);
-        if (skip == (4u << longBits) - 1)
+        if (Take(Kind::Skip, SkipBits()) == (4u << m_Rules.m_uiLongSkipBits) - 1)
             return false;
-        const uint32_t length = m_Coding.version == 2 ? ParseLength() : 0;
+        const uint32_t length = m_Length.IsThere() ? ParseLength() : 0;
         m_Coding.lbe ? ParseBlock() : ParseMacroblock();
         if (m_Coding.pool && length > 0)
             while (m_uiNext < start + 8 * length)
@@ -61,10 +74,18 @@ private:
         return true;
     }
 
+    unsigned SkipBits() const {
+        if (Peek(1) == 0)
+            return 1;
+        return SkipPrefixBits +
+               (Peek(SkipPrefixBits) == ShortSkipPrefix ? ShortSkipBits : m_Rules.m_uiLongSkipBits);
+    }
+
     uint32_t ParseLength() {
-        if (!m_Coding.lbe)
-            return Take(Kind::Length, 8);
-        return Take(Kind::Length, Peek(1) == 0 ? 8 : 11) & 1023;
+        const bool isLong = m_Length.HasTwoForms() && Peek(1) != 0;
+        Take(Kind::Length,
+             m_Length.PrefixBits() + (isLong ? m_Length.m_uiLongBits : m_Length.m_uiShortBits));
+        return NumberIn(m_Fields.back(), m_Length);
     }
 
     void ParseMacroblock() {
@@ -100,18 +121,18 @@ private:
     }
 
     void ParseBlock() {
-        const unsigned level = m_Coding.quality & (m_Coding.version == 0 ? 7u : 15u);
-        const unsigned index = level - libimagedecoder::LowestLbeQuality;
-        if (index >= libimagedecoder::s_aLbeQualities.size())
+        const unsigned level = m_Coding.quality & m_Rules.m_uiLbeQualityMask;
+        const unsigned index = level - LowestLbeQuality;
+        if (index >= s_aLbeQualities.size())
             throw OutOfBits();
-        const auto depths = libimagedecoder::s_aLbeQualities[index];
-        ParsePlane(256, depths.m_uiLumaBits, 8);
+        const LbeQuality depths = s_aLbeQualities[index];
+        ParsePlane(MacroblockEdge * MacroblockEdge, depths.m_uiLumaBits, LbeLumaCountBits);
         ParsePlane(64u << m_Coding.chroma, 2u * depths.m_uiChromaBits,
-                   m_Coding.version == 0 ? 6 : 8);
+                   m_Rules.m_uiLbeChromaCountBits);
     }
 
-    void ParsePlane(unsigned samples, unsigned literalBits, unsigned countBits) {
-        for (unsigned done = 0; done < samples;) {
+    void ParsePlane(size_t samples, unsigned literalBits, unsigned countBits) {
+        for (size_t done = 0; done < samples;) {
             if (Peek(1) == 0) {
                 Take(Kind::Run, 1);
                 Take(Kind::Value, literalBits);
@@ -119,28 +140,31 @@ private:
                 continue;
             }
             const bool longForm = (Take(Kind::Run, 3) & 1) != 0;
-            const uint32_t code = Take(Kind::Value, longForm ? 4 : 1);
+            const uint32_t code = Take(Kind::Value, longForm ? LbeRunCodeBits : 1);
             if (!longForm)
                 done += code + 1;
-            else if (code == 15)
+            else if (code == LbeRunToPlaneEnd)
                 return;
             else
-                done += 3 + (code == 14 ? Take(Kind::Value, countBits) : code);
+                done += LbeShortestLongRun +
+                        (code == LbeCountFollows ? Take(Kind::Value, countBits) : code);
         }
     }
 
     std::span<const uint8_t> m_Bytes;
     const UpdateCoding& m_Coding;
+    const UpdateRules& m_Rules;
+    const RecordLengthCode& m_Length;
     size_t m_uiNext = 0;
     BitFields m_Fields;
 };
 
-/// A length field for so many bytes, or one that asks for decoding in place.
-BitField LengthField(size_t bytes, unsigned bits) {
-    if (bits == 11)
-        return {Kind::Length, static_cast<uint32_t>(1024 | (bytes < 1024 ? bytes : 0)), 11};
-    const bool lbe = bits == 7;
-    return {Kind::Length, static_cast<uint32_t>(bytes < (lbe ? 128u : 256u) ? bytes : 0), 8};
+/// The same form of a length for so many bytes, or one that asks for decoding in place.
+BitField WithNumber(BitField field, size_t bytes, const RecordLengthCode& code) {
+    const uint32_t numbers = 1u << (field.bits - code.PrefixBits());
+    field.value -= NumberIn(field, code);
+    field.value += static_cast<uint32_t>(bytes < numbers ? bytes : 0);
+    return field;
 }
 
 } // namespace
@@ -164,6 +188,7 @@ std::vector<uint8_t> PackFields(const BitFields& fields) {
 }
 
 BitFields WithLengthsRepaired(const BitFields& fields, const UpdateCoding& coding) {
+    const RecordLengthCode& code = LengthCodeOf(coding);
     BitFields repaired;
     size_t position = 0;
     const auto add = [&](const BitField& field) {
@@ -181,10 +206,9 @@ BitFields WithLengthsRepaired(const BitFields& fields, const UpdateCoding& codin
         if (first + 1 >= repaired.size() || repaired[first + 1].kind != Kind::Length)
             continue;
         BitField& length = repaired[first + 1];
-        if ((length.value & (length.bits == 11 ? 1023u : 255u)) == 0)
+        if (NumberIn(length, code) == 0)
             continue;
-        const size_t bytes = (position - start + 7) / 8;
-        length = LengthField(bytes, coding.lbe && length.bits == 8 ? 7 : length.bits);
+        length = WithNumber(length, (position - start + 7) / 8, code);
         if (position % 8 != 0)
             add({Kind::Padding, 0, static_cast<unsigned>(8 - position % 8)});
     }

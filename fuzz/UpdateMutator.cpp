@@ -4,6 +4,7 @@
 #include "fuzz/UpdateFields.h"
 #include "fuzz/UpdateInput.h"
 #include "libimagedecoder/HuffmanYCbCrDcAc.h"
+#include "libimagedecoder/UpdateSyntax.h"
 #include "tests/model/ModelDecoder.h"
 
 #include <algorithm>
@@ -85,7 +86,7 @@ private:
     void Edit(BitFields& fields, size_t index, const UpdateCoding& coding) {
         switch (fields[index].kind) {
         case Kind::Skip:
-            fields[index] = AnySkip(coding.version == 0 ? 14 : 16);
+            fields[index] = AnySkip(libimagedecoder::RulesOf(coding.version).m_uiLongSkipBits);
             break;
         case Kind::DcLuma:
             SetCode(fields, index, Codes::s_aDcLuminance);
@@ -105,18 +106,21 @@ private:
     }
 
     BitField AnySkip(unsigned longBits) {
-        const uint32_t longPrefix = 3u << longBits;
+        using namespace libimagedecoder;
+        const uint32_t longPrefix = LongSkipPrefix << longBits;
         switch (Below(5)) {
         case 0:
             return {Kind::Skip, 0, 1};
         case 1:
-            return {Kind::Skip, 0x80 | Below(64), 8};
+            return {Kind::Skip, ShortSkipPrefix << ShortSkipBits | Below(1u << ShortSkipBits),
+                    SkipPrefixBits + ShortSkipBits};
         case 2:
-            return {Kind::Skip, longPrefix | Below(40), longBits + 2};
+            return {Kind::Skip, longPrefix | Below(40), SkipPrefixBits + longBits};
         case 3:
-            return {Kind::Skip, longPrefix | Below(size_t{1} << longBits), longBits + 2};
+            return {Kind::Skip, longPrefix | Below(size_t{1} << longBits),
+                    SkipPrefixBits + longBits};
         default:
-            return {Kind::Skip, (4u << longBits) - 1, longBits + 2};
+            return {Kind::Skip, (4u << longBits) - 1, SkipPrefixBits + longBits};
         }
     }
 

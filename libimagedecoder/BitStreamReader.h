@@ -15,6 +15,8 @@ struct BitReaderState {
     uint32_t m_uiReserveBits = 0; ///< 0..23 during a read, 0..7 between reads
 
     uint32_t HeldBits() const { return m_uiWindowBits + m_uiReserveBits; }
+
+    bool operator==(const BitReaderState&) const = default;
 };
 
 /// Reads bit fields of 1 to 16 bits, most significant bit first, from a byte stream.

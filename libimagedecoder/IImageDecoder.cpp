@@ -1,11 +1,13 @@
 #include "libimagedecoder/IImageDecoder.h"
 
+#include "libimagedecoder/UpdateSyntax.h"
+
 #include <stdexcept>
 
 namespace Vostrel::libimagedecoder {
 namespace {
 
-constexpr unsigned int MaxProtocolVersion = 2;
+constexpr unsigned int MaxProtocolVersion = s_aUpdateRules.size() - 1;
 constexpr unsigned int MaxChromaSubsampling = 2;
 constexpr std::array<uint32_t, 3> ChromaDivX = {2, 2, 1};
 constexpr std::array<uint32_t, 3> ChromaDivY = {2, 1, 1};
@@ -27,8 +29,8 @@ IImageDecoder::IImageDecoder(ImageDecoderRenderer* renderer, IStreambuffer* stre
       m_uiChromaSubsampling(Checked(chromaSubsampling, MaxChromaSubsampling,
                                     "The chroma subsampling must be 0, 1 or 2")),
       m_uiChromaDivX(ChromaDivX[chromaSubsampling]), m_uiChromaDivY(ChromaDivY[chromaSubsampling]),
-      m_uiLongCountBits(protocolVersion != 0 ? 16 : 14),
-      m_uiLongCountEscape((1u << m_uiLongCountBits) - 1),
+      m_uiLongCountBits(RulesOf(protocolVersion).m_uiLongSkipBits),
+      m_uiLongCountEscape(RulesOf(protocolVersion).LongSkipEscape()),
       m_vecSegmentStore(InitialSegmentStoreBytes) {}
 
 uint64_t IImageDecoder::HandleUpdate(unsigned int quality, unsigned short reserved,

@@ -1,5 +1,7 @@
 #include "libimagedecoder/IctFastTables.h"
 
+#include "libimagedecoder/IctSyntax.h"
+
 namespace Vostrel::libimagedecoder {
 namespace {
 
@@ -7,15 +9,6 @@ using HuffCodeEntry = HuffmanYCbCrDcAc::HuffCodeEntry;
 
 constexpr size_t EndSymbol = 0;
 constexpr size_t NoDifference = 0;
-constexpr size_t DcAbortMarker = 12;
-
-/// A value of size bits, by the sign rule of ITU-T T.81, EXTEND.
-int Extended(uint32_t bits, unsigned int size) {
-    if (size == 0)
-        return 0;
-    const bool positive = bits >> (size - 1) != 0;
-    return static_cast<int>(bits) - (positive ? 0 : (1 << size) - 1);
-}
 
 /// Calls fill(index) for every index of indexBits bits that starts with the code.
 template <class Fill>
@@ -51,7 +44,7 @@ void IctFastTables::SetDequantisation(const std::array<uint8_t, TileCoefficients
 
 void IctFastTables::FillDc(Codes codes) {
     for (unsigned int category = 0; category < codes.size(); ++category) {
-        if (category == DcAbortMarker)
+        if (category == IctAbortMarker)
             continue;
         const HuffCodeEntry& code = codes[category];
         ForEachIndex(code, DcIndexBits, [&](uint32_t index) {
@@ -103,7 +96,7 @@ IctFastTables::Entry IctFastTables::EntryAt(uint32_t index, unsigned int indexBi
     if (bits > indexBits)
         return Entry::OfCode(codeBits, levelBits, advance);
     const unsigned int bitsLeft = indexBits - bits;
-    const Value value{advance, Extended(LowBits(index >> bitsLeft, levelBits), levelBits)};
+    const Value value{advance, ExtendIctValue(LowBits(index >> bitsLeft, levelBits), levelBits)};
     const bool endFollows = bitsLeft >= m_uiEndCodeBits &&
                             LowBits(index, bitsLeft) >> (bitsLeft - m_uiEndCodeBits) == m_uiEndCode;
     return endFollows ? Entry(bits + m_uiEndCodeBits, value, EndFollows) : Entry(bits, value);

@@ -104,7 +104,7 @@ public:
     /// What a DC level is multiplied to.
     int16_t DequantiseDc(int level) const { return Dequantise(level, m_aScan[0].m_iMultiplier); }
 
-    /// level * multiplier >> 10, of which the low 16 bits count.
+    /// level * multiplier >> 10, of which the transform takes the low 16 bits.
     static int16_t Dequantise(int32_t level, int32_t multiplier) {
         const uint32_t product = static_cast<uint32_t>(level) * static_cast<uint32_t>(multiplier);
         return static_cast<int16_t>(static_cast<int32_t>(product) >> 10);

@@ -1,6 +1,7 @@
 #include "libimagedecoder/IctTileCursor.h"
 
-#include <algorithm>
+#include "libimagedecoder/IctSyntax.h"
+
 #include <emmintrin.h>
 
 namespace Vostrel::libimagedecoder {
@@ -9,13 +10,6 @@ namespace {
 using Entry = IctFastTables::Entry;
 
 constexpr unsigned int PeekBits = 16;
-
-/// DC luminance category that is not a bit size but aborts the update.
-constexpr unsigned int AbortMarker = 12;
-
-size_t BytesUpTo(size_t bitPosition) {
-    return (bitPosition + 7) / 8;
-}
 
 /// Written out: g++ 12 turns a loop into string stores, which cost
 /// 30 cycles to start.
@@ -32,8 +26,8 @@ size_t BytesUpTo(size_t bitPosition) {
     _mm_storeu_si128(registers + 7, zero);
 }
 
-/// One tile on its way. Everything in here lives in processor registers: every member is inlined by
-/// force, since one call would put them all into memory, and doubles the time of a tile.
+/// Tile state, kept in processor registers: every member is inlined by force, since one call would
+/// put them all into memory and double the time of a tile.
 struct Tile {
     BitRegister m_Bits;
     const IctTileTables& m_Tables;
@@ -109,8 +103,8 @@ private:
             m_Bits.Skip(m_Entry.CodeBits());
         else
             category = TakeLongCode(m_Tables.m_pDc).size;
-        m_Entry =
-            Entry(0, {0, m_Bits.ReadExtended(category)}, category == AbortMarker ? AbortMark : 0);
+        m_Entry = Entry(0, {0, m_Bits.ReadExtended(category)},
+                        category == IctAbortMarker ? AbortMark : 0);
         m_Bits.Refill();
     }
 
@@ -130,22 +124,21 @@ private:
 
 } // namespace
 
-/// What lies behind the window is decoded as well: whether the tile ran into it is found out at its
-/// end.
+/// May overrun the window: then the commit at the tile's end is refused.
 IctTileCursor::Outcome IctTileCursor::DecodeTile(const IctTileTables& tables, int& dcPredictor,
                                                  int16_t* coefficients) {
-    if (!IsReady()) [[unlikely]]
+    if (!m_Window.IsReady()) [[unlikely]]
         return Outcome::Declined;
     const IctFastTables& fast = *tables.m_pFast;
     const unsigned int windowBits = PeekBits - fast.EndCodeBits();
-    Tile tile{m_Bits, tables};
+    Tile tile{m_Window.GetBits(), tables};
     tile.m_Bits.Refill();
 
     const auto difference = static_cast<uint32_t>(tile.TakeDc());
     const int predictor = static_cast<int>(static_cast<uint32_t>(dcPredictor) + difference);
     const int16_t dc = fast.DequantiseDc(predictor);
     if (tile.EndsAfterDc()) {
-        if (tile.IsAborted() || !Commit(tile.m_Bits, windowBits)) [[unlikely]]
+        if (tile.IsAborted() || !m_Window.Commit(tile.m_Bits, windowBits)) [[unlikely]]
             return Decline();
         dcPredictor = predictor;
         coefficients[0] = dc;
@@ -159,126 +152,26 @@ IctTileCursor::Outcome IctTileCursor::DecodeTile(const IctTileTables& tables, in
         tile.m_Bits.Refill();
     coefficients[0] = dc;
 
-    if (!tile.EndsWell() || !Commit(tile.m_Bits, windowBits)) [[unlikely]]
+    if (!tile.EndsWell() || !m_Window.Commit(tile.m_Bits, windowBits)) [[unlikely]]
         return Decline();
     dcPredictor = predictor;
     return tile.LastPosition() < LowPositions ? Outcome::Low : Outcome::Full;
 }
 
 bool IctTileCursor::SkipRepeats(const RepeatedTiles& tiles) {
-    if (!IsReady()) [[unlikely]]
+    if (!m_Window.IsReady()) [[unlikely]]
         return false;
-    BitRegister bits = m_Bits;
+    BitRegister bits = m_Window.GetBits();
     bits.Refill();
     if (bits.Peek(tiles.Bits()) != tiles.Codes())
         return false;
     bits.Skip(tiles.Bits());
-    return Commit(bits, PeekBits - tiles.EndCodeBits());
-}
-
-bool IctTileCursor::TakeBits(unsigned int n, uint32_t& value) {
-    MakeRoom();
-    BitRegister bits = m_Bits;
-    bits.Refill();
-    value = static_cast<uint32_t>(bits.Peek(n));
-    bits.Skip(n);
-    return Commit(bits, m_uiWindowBits - std::min(m_uiWindowBits, n));
-}
-
-uint32_t IctTileCursor::ReadBitsPlainly(unsigned int n) {
-    GiveBack();
-    return m_Reader.ReadStreamBits(n);
-}
-
-bool IctTileCursor::IsReady() {
-    if (!m_bBorrowed && !Borrow()) [[unlikely]]
-        return false;
-    MakeRoom();
-    return true;
-}
-
-/// Sees to it that a tile can be decoded without looking where the bytes end.
-void IctTileCursor::MakeRoom() {
-    if (m_Bits.Next() > m_puiRoomEnd) [[unlikely]]
-        CopyTail(Position());
-}
-
-/// Moves on, unless the reader would have needed a byte behind the window.
-bool IctTileCursor::Commit(const BitRegister& bits, unsigned int windowBits) {
-    if (bits.Next() > m_puiSurelyInside &&
-        BytesUpTo(bits.Position(m_puiBytes) + windowBits) > m_uiSize) [[unlikely]]
-        return false;
-    m_Bits = bits;
-    m_uiWindowBits = windowBits;
-    return true;
+    return m_Window.Commit(bits, PeekBits - tiles.EndCodeBits());
 }
 
 IctTileCursor::Outcome IctTileCursor::Decline() {
     GiveBack();
     return Outcome::Declined;
-}
-
-/// Takes the reader's position, if all bits that the reader holds come from the current window.
-bool IctTileCursor::Borrow() {
-    const IStreambuffer& stream = m_Reader.GetStream();
-    const BitReaderState& state = m_Reader.GetState();
-    const size_t fetchedBits = stream.GetPosition() * 8;
-    if (stream.GetSize() == 0 || stream.GetPaddingCount() != 0 || fetchedBits < state.HeldBits() ||
-        state.m_uiReserveBits >= 8)
-        return false;
-    const size_t position = fetchedBits - state.HeldBits();
-    m_bBorrowed = true;
-    SetBytes(stream.GetWindow(), stream.GetSize());
-    m_uiBase = 0;
-    m_uiWindowBits = state.m_uiWindowBits;
-    if (m_bReadableBehind) {
-        m_puiRoomEnd = m_puiBytes + m_uiSize + ReadAhead;
-        m_Bits = BitRegister(m_puiBytes, position);
-    } else if (position / 8 + SlackBytes <= m_uiSize) {
-        m_puiRoomEnd = m_puiBytes + m_uiSize - TileRoom;
-        m_Bits = BitRegister(m_puiBytes, position);
-    } else {
-        CopyTail(position);
-    }
-    return true;
-}
-
-void IctTileCursor::SetBytes(const uint8_t* bytes, size_t size) {
-    constexpr size_t WindowBytes = PeekBits / 8;
-    m_puiBytes = bytes;
-    m_uiSize = size;
-    m_puiSurelyInside = bytes + size - std::min(size, WindowBytes);
-}
-
-/// Goes on in a copy of the window's bytes from a position on.
-void IctTileCursor::CopyTail(size_t position) {
-    const size_t firstByte = position / 8;
-    const size_t tailBytes = m_uiSize - firstByte;
-    std::copy_n(m_puiBytes + firstByte, tailBytes, m_auiTail.data());
-    std::fill(m_auiTail.begin() + static_cast<ptrdiff_t>(tailBytes), m_auiTail.end(), uint8_t{0});
-    SetBytes(m_auiTail.data(), tailBytes);
-    m_puiRoomEnd = m_puiBytes + SlackBytes + ReadAhead;
-    m_uiBase += firstByte;
-    m_Bits = BitRegister(m_puiBytes, position % 8);
-}
-
-void IctTileCursor::GiveBack() {
-    if (!m_bBorrowed)
-        return;
-    m_bBorrowed = false;
-    const size_t position = Position();
-    const size_t windowEnd = position + m_uiWindowBits;
-    const size_t fetchedBytes = BytesUpTo(windowEnd);
-    BitReaderState state;
-    state.m_uiWindowBits = m_uiWindowBits;
-    state.m_uiReserveBits = static_cast<uint32_t>(fetchedBytes * 8 - windowEnd);
-    uint32_t held = 0;
-    for (size_t byte = position / 8; byte < fetchedBytes; ++byte)
-        held = held << 8 | m_puiBytes[byte];
-    state.m_uiReserve = held & ((1u << state.m_uiReserveBits) - 1);
-    state.m_uiWindow = held >> state.m_uiReserveBits & ((1u << state.m_uiWindowBits) - 1);
-    m_Reader.SetState(state);
-    m_Reader.GetStream().SetPosition(m_uiBase + fetchedBytes);
 }
 
 } // namespace Vostrel::libimagedecoder

@@ -23,96 +23,45 @@ void FillSamples(uint8_t* samples, size_t stride, uint8_t value) {
         std::memset(samples + row * stride, value, Width);
 }
 
+std::shared_ptr<IInverseIct> Checked(std::shared_ptr<IInverseIct> inverseIct) {
+    if (!inverseIct)
+        throw ImageDecoderException("No inverse transform could be created");
+    return inverseIct;
+}
+
+template <class Chroma>
+constexpr auto DrawData = &ImageDecoderRenderer::DrawDataYCbCr444;
+template <>
+constexpr auto DrawData<IctChroma422> = &ImageDecoderRenderer::DrawDataYCbCr422;
+template <>
+constexpr auto DrawData<IctChroma420> = &ImageDecoderRenderer::DrawDataYCbCr420;
+
 } // namespace
 
-/// The tiles of one bit reader: those of an update, or of a job's macroblock.
-struct ImageDecoderIct::TileSource {
-    /// A constructor, since g++ 12 clears all of an aggregate first, scratch memory included
-    /// (bench/compare, row 12: 10 ns a macroblock).
-    TileSource(BitStreamReader& reader, size_t readableBehind, int16_t* coefficients)
-        : m_Reader(reader), m_Cursor(reader, readableBehind), m_piCoefficients(coefficients) {}
-
-    BitStreamReader& m_Reader;
-    IctTileCursor m_Cursor;
-    int16_t* m_piCoefficients; ///< scratch of the worker
-    DcPredictors m_Predictors{};
-};
-
-/// One update on its way through the walk.
+/// One update. Chroma is one of the geometries of IctTiles.h.
+template <class Chroma>
 class ImageDecoderIct::Update {
 public:
-    Update(ImageDecoderIct& decoder, const UpdateRectangle& rectangle, const Variant& variant)
-        : m_Decoder(decoder), m_Variant(variant), m_aTables{decoder.GetTileTables(ComponentY),
-                                                            decoder.GetTileTables(ComponentCb),
-                                                            decoder.GetTileTables(ComponentCr)},
-          m_uiLumaStride(rectangle.LumaStride()),
-          m_uiChromaStride(m_uiLumaStride / decoder.m_uiChromaDivX),
-          m_InPlace(decoder, 0, decoder.CoefficientsOf(decoder.DrivingWorker())) {}
+    class Source;
 
-    uint32_t ReadBits(unsigned int n) { return m_InPlace.m_Cursor.ReadBits(n); }
-    template <class Read>
-    static RecordLength ReadLength(Read read) {
-        return {read(8), 8};
-    }
-    void GiveBack() { m_InPlace.m_Cursor.GiveBack(); }
-
-    void DecodeInPlace(const Macroblock& macroblock) {
-        // Version 0 predicts from one macroblock to the next; later ones restart, so that each can
-        // be decoded on its own.
-        if (m_Decoder.m_uiProtocolVersion != 0)
-            m_InPlace.m_Predictors = {};
-        (this->*m_Variant.m_pDecode)(m_InPlace, macroblock);
-    }
-
-    UpdateJobs::Function Schedule(MacroblockBatch& batch) {
-        return (this->*m_Variant.m_pSchedule)(batch);
-    }
+    Update(ImageDecoderIct& decoder, const UpdateRectangle& rectangle)
+        : m_Decoder(decoder), m_aTables{decoder.GetTileTables(ComponentY),
+                                        decoder.GetTileTables(ComponentCb),
+                                        decoder.GetTileTables(ComponentCr)},
+          m_uiLumaStride(rectangle.LumaStride()), m_uiChromaStride(m_uiLumaStride / Chroma::DivX) {}
 
     void Draw(const DrawnRows& rows, const bool* skipMask) {
         const UpdateRectangle& rectangle = rows.m_Rectangle;
-        const size_t chromaTop = rows.m_uiTop / m_Decoder.m_uiChromaDivY;
-        ImageDecoderRenderer& renderer = *m_Decoder.m_pRenderer;
-        (renderer.*m_Variant.m_pDraw)(
-            rectangle.m_uiX, rectangle.m_uiY, rectangle.m_uiWidth, rectangle.m_uiHeight,
-            m_uiLumaStride, m_uiChromaStride, SamplesAt(ComponentY, 0, rows.m_uiTop),
-            SamplesAt(ComponentCb, 0, chromaTop), SamplesAt(ComponentCr, 0, chromaTop), skipMask);
-    }
-
-    template <class Chroma>
-    void DecodeMacroblock(TileSource& source, const Macroblock& macroblock);
-
-    UpdateJobs::Function ScheduleDecodeTile420(MacroblockBatch& batch) {
-        return ScheduleDecodeTile4xx<IctChroma420>(batch);
-    }
-    UpdateJobs::Function ScheduleDecodeTile422(MacroblockBatch& batch) {
-        return ScheduleDecodeTile4xx<IctChroma422>(batch);
-    }
-    UpdateJobs::Function ScheduleDecodeTile444(MacroblockBatch& batch) {
-        return ScheduleDecodeTile4xx<IctChroma444>(batch);
+        const size_t chromaTop = rows.m_uiTop / Chroma::DivY;
+        (m_Decoder.m_pRenderer->*DrawData<Chroma>)(rectangle.m_uiX, rectangle.m_uiY,
+                                                   rectangle.m_uiWidth, rectangle.m_uiHeight,
+                                                   m_uiLumaStride, m_uiChromaStride,
+                                                   SamplesAt(ComponentY, 0, rows.m_uiTop),
+                                                   SamplesAt(ComponentCb, 0, chromaTop),
+                                                   SamplesAt(ComponentCr, 0, chromaTop), skipMask);
     }
 
 private:
-    // Two references fit into a std::function without an allocation.
-    template <class Chroma>
-    UpdateJobs::Function ScheduleDecodeTile4xx(MacroblockBatch& batch) {
-        return [this, &batch](unsigned int worker) {
-            m_Decoder.DecodeSegments(batch, [&](BitStreamReader& reader,
-                                                const Macroblock& macroblock) {
-                TileSource source(reader, SegmentReadableBytes, m_Decoder.CoefficientsOf(worker));
-                DecodeMacroblock<Chroma>(source, macroblock);
-            });
-        };
-    }
-
-    /// Calls visit.operator()<Width, Height>(component, left, top) for the areas of a macroblock,
-    /// in the order in which they are coded, with their places in samples.
-    template <class Chroma, class Visit>
-    static void ForEachArea(const Macroblock& macroblock, Visit visit);
-
-    template <size_t Width, size_t Height>
-    void DecodeArea(TileSource& source, IctComponent component, size_t left, size_t top);
-    template <size_t Width, size_t Height>
-    void FillArea(IctComponent component, size_t left, size_t top, int16_t dc);
     uint8_t* SamplesAt(IctComponent component, size_t left, size_t top) const {
         return m_Decoder.m_apuiPlanes[component].get() + top * StrideOf(component) + left;
     }
@@ -120,39 +69,77 @@ private:
         return component == ComponentY ? m_uiLumaStride : m_uiChromaStride;
     }
 
-    void DecodeTile(TileSource& source, IctComponent component, uint8_t* samples, size_t stride);
-    void FinishTile(TileSource& source, IctComponent component, IctTileCursor::Outcome outcome,
-                    uint8_t* samples, size_t stride);
-
     ImageDecoderIct& m_Decoder;
-    const Variant& m_Variant;
     std::array<IctTileTables, ComponentCount> m_aTables;
     size_t m_uiLumaStride;
     size_t m_uiChromaStride;
-    TileSource m_InPlace;
 };
 
-/// In most screens, most areas are plain: then all tiles behind the first repeat it, and whole
+/// Decodes the macroblocks of one bit reader into the decoder's planes.
+template <class Chroma>
+class ImageDecoderIct::Update<Chroma>::Source {
+public:
+    Source(Update& update, BitStreamReader& reader, size_t readableAfter, unsigned int worker)
+        : m_Update(update), m_Decoder(update.m_Decoder), m_Reader(reader),
+          m_Cursor(reader, readableAfter),
+          m_piCoefficients(&m_Decoder.m_piCoefficients[worker * TileCoefficients]) {}
+
+    StreamWindow& GetWindow() { return m_Cursor.GetWindow(); }
+
+    void Decode(const Macroblock& macroblock);
+
+private:
+    /// Calls visit.operator()<Width, Height>(component, left, top) for the areas of a macroblock,
+    /// in the order in which they are coded, with their places in samples.
+    template <class Visit>
+    static void ForEachArea(const Macroblock& macroblock, Visit visit);
+
+    template <size_t Width, size_t Height>
+    void DecodeArea(IctComponent component, size_t left, size_t top);
+    template <size_t Width, size_t Height>
+    void FillArea(IctComponent component, size_t left, size_t top, int16_t dc);
+
+    IctTileCursor::Outcome DecodeTile(IctComponent component) {
+        return m_Cursor.DecodeTile(m_Update.m_aTables[component], m_Predictors[component],
+                                   m_piCoefficients);
+    }
+    void DecodeTilePlainly(IctComponent component);
+    void StoreTile(IctComponent component, IctTileCursor::Outcome outcome, uint8_t* samples,
+                   size_t stride);
+
+    Update& m_Update;
+    ImageDecoderIct& m_Decoder;
+    BitStreamReader& m_Reader;
+    IctTileCursor m_Cursor;
+    int16_t* m_piCoefficients; ///< scratch of the worker
+    std::array<int, ComponentCount> m_Predictors{};
+};
+
+/// In most screens, most areas are flat: then all tiles after the first repeat it, and whole
 /// macroblocks repeat each other (bench IctConsole*, IctDesktop*, level 0).
 template <class Chroma>
-void ImageDecoderIct::Update::DecodeMacroblock(TileSource& source, const Macroblock& macroblock) {
-    if (source.m_Cursor.SkipRepeats(m_Decoder.m_RepeatedMacroblock)) {
-        ForEachArea<Chroma>(macroblock, [&]<size_t Width, size_t Height>(IctComponent component,
-                                                                         size_t left, size_t top) {
+void ImageDecoderIct::Update<Chroma>::Source::Decode(const Macroblock& macroblock) {
+    if (m_Decoder.GetRules().m_bPredictorsRestart)
+        m_Predictors = {};
+    if (m_Cursor.SkipRepeats(m_Decoder.m_RepeatedMacroblock)) {
+        ForEachArea(macroblock, [&]<size_t Width, size_t Height>(IctComponent component,
+                                                                 size_t left, size_t top) {
             const int16_t dc =
-                m_aTables[component].m_pFast->DequantiseDc(source.m_Predictors[component]);
+                m_Update.m_aTables[component].m_pFast->DequantiseDc(m_Predictors[component]);
             FillArea<Width, Height>(component, left, top, dc);
         });
         return;
     }
-    ForEachArea<Chroma>(macroblock, [&]<size_t Width, size_t Height>(IctComponent component,
-                                                                     size_t left, size_t top) {
-        DecodeArea<Width, Height>(source, component, left, top);
-    });
+    ForEachArea(macroblock,
+                [&]<size_t Width, size_t Height>(IctComponent component, size_t left, size_t top) {
+                    DecodeArea<Width, Height>(component, left, top);
+                });
 }
 
-template <class Chroma, class Visit>
-void ImageDecoderIct::Update::ForEachArea(const Macroblock& macroblock, Visit visit) {
+template <class Chroma>
+template <class Visit>
+void ImageDecoderIct::Update<Chroma>::Source::ForEachArea(const Macroblock& macroblock,
+                                                          Visit visit) {
     visit.template operator()<MacroblockEdge, MacroblockEdge>(ComponentY, macroblock.m_uiLeft,
                                                               macroblock.m_uiTop);
     for (const IctComponent component : {ComponentCb, ComponentCr})
@@ -160,67 +147,66 @@ void ImageDecoderIct::Update::ForEachArea(const Macroblock& macroblock, Visit vi
             component, macroblock.m_uiLeft / Chroma::DivX, macroblock.m_uiTop / Chroma::DivY);
 }
 
+template <class Chroma>
 template <size_t Width, size_t Height>
-void ImageDecoderIct::Update::FillArea(IctComponent component, size_t left, size_t top,
-                                       int16_t dc) {
-    FillSamples<Width, Height>(SamplesAt(component, left, top), StrideOf(component),
-                               FlatTileSample(dc));
+void ImageDecoderIct::Update<Chroma>::Source::FillArea(IctComponent component, size_t left,
+                                                       size_t top, int16_t dc) {
+    FillSamples<Width, Height>(m_Update.SamplesAt(component, left, top),
+                               m_Update.StrideOf(component), FlatTileSample(dc));
 }
 
 /// Decodes the tiles of a macroblock in one plane, in row order.
+template <class Chroma>
 template <size_t Width, size_t Height>
-void ImageDecoderIct::Update::DecodeArea(TileSource& source, IctComponent component, size_t left,
-                                         size_t top) {
+void ImageDecoderIct::Update<Chroma>::Source::DecodeArea(IctComponent component, size_t left,
+                                                         size_t top) {
     constexpr size_t Tiles = Width * Height / TileCoefficients;
-    const size_t stride = StrideOf(component);
-    uint8_t* const area = SamplesAt(component, left, top);
+    constexpr size_t TilesAcross = Width / TileEdge;
+    const size_t stride = m_Update.StrideOf(component);
+    uint8_t* const area = m_Update.SamplesAt(component, left, top);
 
-    const auto first = source.m_Cursor.DecodeTile(
-        m_aTables[component], source.m_Predictors[component], source.m_piCoefficients);
+    const auto first = DecodeTile(component);
     if (Tiles > 1 && first == IctTileCursor::Outcome::Flat &&
-        source.m_Cursor.SkipRepeats(m_Decoder.m_aRepeatedRests[component])) {
-        FillArea<Width, Height>(component, left, top, source.m_piCoefficients[0]);
+        m_Cursor.SkipRepeats(m_Decoder.m_aRepeatedRests[component])) {
+        FillArea<Width, Height>(component, left, top, m_piCoefficients[0]);
         return;
     }
-    FinishTile(source, component, first, area, stride);
+    StoreTile(component, first, area, stride);
     for (size_t tile = 1; tile < Tiles; ++tile) {
-        constexpr size_t TilesAcross = Width / TileEdge;
-        DecodeTile(source, component,
-                   area + tile / TilesAcross * TileEdge * stride + tile % TilesAcross * TileEdge,
-                   stride);
+        const size_t row = tile / TilesAcross * TileEdge;
+        const size_t column = tile % TilesAcross * TileEdge;
+        StoreTile(component, DecodeTile(component), area + row * stride + column, stride);
     }
-}
-
-void ImageDecoderIct::Update::DecodeTile(TileSource& source, IctComponent component,
-                                         uint8_t* samples, size_t stride) {
-    const auto outcome = source.m_Cursor.DecodeTile(
-        m_aTables[component], source.m_Predictors[component], source.m_piCoefficients);
-    FinishTile(source, component, outcome, samples, stride);
 }
 
 /// Turns what the cursor made of a tile into samples.
-void ImageDecoderIct::Update::FinishTile(TileSource& source, IctComponent component,
-                                         IctTileCursor::Outcome outcome, uint8_t* samples,
-                                         size_t stride) {
-    int16_t* const coefficients = source.m_piCoefficients;
+template <class Chroma>
+void ImageDecoderIct::Update<Chroma>::Source::StoreTile(IctComponent component,
+                                                        IctTileCursor::Outcome outcome,
+                                                        uint8_t* samples, size_t stride) {
     switch (outcome) {
     case IctTileCursor::Outcome::Flat:
-        FillSamples<TileEdge, TileEdge>(samples, stride, FlatTileSample(coefficients[0]));
+        FillSamples<TileEdge, TileEdge>(samples, stride, FlatTileSample(m_piCoefficients[0]));
         return;
     case IctTileCursor::Outcome::Low:
-        m_Decoder.m_pInverseIct->TransformLowTile(coefficients, samples, stride);
+        m_Decoder.m_pInverseIct->TransformLowTile(m_piCoefficients, samples, stride);
         return;
     case IctTileCursor::Outcome::Declined:
-        if (!m_Decoder.HuffmannDecodeReorderDequantTile(
-                &source.m_Reader, coefficients, &source.m_Predictors[component],
-                m_Decoder.GetDequantTable(component).data(), m_aTables[component].m_pDc,
-                m_aTables[component].m_pAc))
-            ThrowStreamError();
+        DecodeTilePlainly(component);
         break;
     case IctTileCursor::Outcome::Full:
         break;
     }
-    m_Decoder.m_pInverseIct->TransformTile(coefficients, samples, stride);
+    m_Decoder.m_pInverseIct->TransformTile(m_piCoefficients, samples, stride);
+}
+
+template <class Chroma>
+void ImageDecoderIct::Update<Chroma>::Source::DecodeTilePlainly(IctComponent component) {
+    const IctTileTables& tables = m_Update.m_aTables[component];
+    if (!m_Decoder.HuffmannDecodeReorderDequantTile(
+            &m_Reader, m_piCoefficients, &m_Predictors[component],
+            m_Decoder.GetDequantTable(component).data(), tables.m_pDc, tables.m_pAc))
+        ThrowStreamError();
 }
 
 ImageDecoderIct::ImageDecoderIct(ImageDecoderRenderer* renderer, IStreambuffer* stream,
@@ -233,16 +219,14 @@ ImageDecoderIct::ImageDecoderIct(ImageDecoderRenderer* renderer, IStreambuffer* 
                                  ILogger* logger, unsigned long threads,
                                  unsigned int protocolVersion, unsigned int chromaSubsampling,
                                  std::shared_ptr<IInverseIct> inverseIct)
-    : MacroblockDecoder(renderer, stream, logger, threads, protocolVersion, chromaSubsampling),
-      m_pInverseIct(std::move(inverseIct)) {
-    if (!m_pInverseIct)
-        throw ImageDecoderException("No inverse transform could be created");
-    CreateJobs(threads, "ICT");
+    : MacroblockDecoder(renderer, stream, logger, protocolVersion, chromaSubsampling,
+                        &UpdateRules::m_IctLength),
+      m_pInverseIct(Checked(std::move(inverseIct))), m_Jobs(CreateJobs(threads, "ICT")) {
     // Aligned to its own size, a worker's block shares no cache line with another's: shared lines
     // took a quarter of the time of two workers (bench/compare, row 12).
     constexpr size_t BlockBytes = TileCoefficients * sizeof(int16_t);
     m_piCoefficients = AllocateAligned<int16_t>(
-        WorkerCount() * TileCoefficients,
+        (m_Jobs.InPlaceWorker() + size_t{1}) * TileCoefficients,
         std::max<size_t>(BlockBytes, m_pInverseIct->GetDataAlignmentBytes()));
     HookUpTileIndexZigZagAndReorderTable();
     HookUpHuffDecodeTables();
@@ -296,27 +280,33 @@ uint64_t ImageDecoderIct::HandleUpdateImplementation(unsigned int quality,
 }
 
 uint64_t ImageDecoderIct::HandleUpdateImplementation420(const UpdateRectangle& rectangle) {
-    return HandleUpdateImplementation4xx(rectangle, {&Update::DecodeMacroblock<IctChroma420>,
-                                                     &Update::ScheduleDecodeTile420,
-                                                     &ImageDecoderRenderer::DrawDataYCbCr420});
+    Update<IctChroma420> update(*this, rectangle);
+    return DecodeMacroblocks(rectangle, update, m_Jobs, ScheduleDecodeTile420(update));
 }
 
 uint64_t ImageDecoderIct::HandleUpdateImplementation422(const UpdateRectangle& rectangle) {
-    return HandleUpdateImplementation4xx(rectangle, {&Update::DecodeMacroblock<IctChroma422>,
-                                                     &Update::ScheduleDecodeTile422,
-                                                     &ImageDecoderRenderer::DrawDataYCbCr422});
+    Update<IctChroma422> update(*this, rectangle);
+    return DecodeMacroblocks(rectangle, update, m_Jobs, ScheduleDecodeTile422(update));
 }
 
 uint64_t ImageDecoderIct::HandleUpdateImplementation444(const UpdateRectangle& rectangle) {
-    return HandleUpdateImplementation4xx(rectangle, {&Update::DecodeMacroblock<IctChroma444>,
-                                                     &Update::ScheduleDecodeTile444,
-                                                     &ImageDecoderRenderer::DrawDataYCbCr444});
+    Update<IctChroma444> update(*this, rectangle);
+    return DecodeMacroblocks(rectangle, update, m_Jobs, ScheduleDecodeTile444(update));
 }
 
-uint64_t ImageDecoderIct::HandleUpdateImplementation4xx(const UpdateRectangle& rectangle,
-                                                        const Variant& variant) {
-    Update update(*this, rectangle, variant);
-    return DecodeMacroblocks(rectangle, update);
+UpdateJobs::DecodeRecord
+ImageDecoderIct::ScheduleDecodeTile420(Update<IctChroma420>& update) const {
+    return RecordDecoderOf(update);
+}
+
+UpdateJobs::DecodeRecord
+ImageDecoderIct::ScheduleDecodeTile422(Update<IctChroma422>& update) const {
+    return RecordDecoderOf(update);
+}
+
+UpdateJobs::DecodeRecord
+ImageDecoderIct::ScheduleDecodeTile444(Update<IctChroma444>& update) const {
+    return RecordDecoderOf(update);
 }
 
 } // namespace Vostrel::libimagedecoder

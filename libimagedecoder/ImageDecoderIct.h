@@ -46,7 +46,7 @@ public:
     /// dcPredictor: the component's running DC level, updated.
     /// dequant: the component's table, indexed by coefficient slot.
     /// Returns false, with nothing changed, for the marker by which an encoder aborts an update.
-    /// Throws ImageDecoderException "StreamError" for a coefficient behind the 64th, and what the
+    /// Throws ImageDecoderException "StreamError" for a coefficient past the 64th, and what the
     /// reader throws.
     bool HuffmannDecodeReorderDequantTile(BitStreamReader* reader, short* coefficients,
                                           int* dcPredictor, const int* dequant,
@@ -85,33 +85,15 @@ protected:
                                         unsigned short height) override;
 
 private:
-    using DcPredictors = std::array<int, ComponentCount>;
-    using DrawFunction = void (ImageDecoderRenderer::*)(unsigned short, unsigned short,
-                                                        unsigned short, unsigned short,
-                                                        unsigned long, unsigned long,
-                                                        unsigned char*, unsigned char*,
-                                                        unsigned char*, const bool*);
+    template <class Chroma>
     class Update;
-    struct TileSource;
-    using DecodeFunction = void (Update::*)(TileSource&, const Macroblock&);
-    using ScheduleFunction = UpdateJobs::Function (Update::*)(MacroblockBatch&);
-
-    /// What differs between the subsamplings.
-    struct Variant {
-        DecodeFunction m_pDecode;
-        ScheduleFunction m_pSchedule;
-        DrawFunction m_pDraw;
-    };
 
     uint64_t HandleUpdateImplementation420(const UpdateRectangle& rectangle);
     uint64_t HandleUpdateImplementation422(const UpdateRectangle& rectangle);
     uint64_t HandleUpdateImplementation444(const UpdateRectangle& rectangle);
-    uint64_t HandleUpdateImplementation4xx(const UpdateRectangle& rectangle,
-                                           const Variant& variant);
-
-    int16_t* CoefficientsOf(unsigned int worker) const {
-        return &m_piCoefficients[worker * TileCoefficients];
-    }
+    UpdateJobs::DecodeRecord ScheduleDecodeTile420(Update<IctChroma420>& update) const;
+    UpdateJobs::DecodeRecord ScheduleDecodeTile422(Update<IctChroma422>& update) const;
+    UpdateJobs::DecodeRecord ScheduleDecodeTile444(Update<IctChroma444>& update) const;
 
     void SetQuality(unsigned int quality);
     void HookUpTileIndexZigZagAndReorderTable();
@@ -136,8 +118,9 @@ private:
     IctFastTables m_ChromaFastTables{HuffmanYCbCrDcAc::s_aDcChrominance,
                                      HuffmanYCbCrDcAc::s_aAcChrominance};
     RepeatedTiles m_RepeatedMacroblock;
-    /// The tiles behind the first one of a macroblock's area.
+    /// The tiles after the first one of a macroblock's area.
     std::array<RepeatedTiles, ComponentCount> m_aRepeatedRests;
+    UpdateJobs m_Jobs; ///< last: its end waits for the jobs
 };
 
 } // namespace Vostrel::libimagedecoder

@@ -1,3 +1,4 @@
+#include "libimagedecoder/IctSyntax.h"
 #include "libimagedecoder/ImageDecoderIct.h"
 
 #include <algorithm>
@@ -7,31 +8,17 @@ namespace {
 
 using huff_entry_t = ImageDecoderIct::huff_entry_t;
 
-/// DC luminance category by which an encoder aborts an update.
-constexpr uint32_t AbortMarker = 12;
-
 inline const huff_entry_t& DecodeCode(BitStreamReader& reader, const huff_entry_t* table) {
     const huff_entry_t& entry = table[reader.ReadStreamBits(16)];
     reader.StallStreamBits(entry.stallCount, entry.stallBits);
     return entry;
 }
 
-/// A value of size bits, 0..11: patterns with a clear top bit are negative (ITU-T T.81, EXTEND).
 inline int32_t ReadCoefficient(BitStreamReader& reader, uint32_t size) {
-    if (size == 0)
-        return 0;
-    const uint32_t bits = reader.ReadStreamBits(size);
-    const bool positive = (bits & IImageDecoder::m_sign[size]) != 0;
-    return static_cast<int32_t>(positive ? bits : bits - IImageDecoder::m_cats[size]);
+    return size == 0 ? 0 : ExtendIctValue(reader.ReadStreamBits(size), size);
 }
 
-/// level * multiplier >> 10, of which the transform takes the low 16 bits. A hostile predictor can
-/// exceed 32 bits and then wraps.
-inline int16_t Dequantise(int32_t level, int32_t multiplier) {
-    const uint32_t product = static_cast<uint32_t>(level) * static_cast<uint32_t>(multiplier);
-    return static_cast<int16_t>(static_cast<int32_t>(product) >> 10);
-}
-
+/// A hostile predictor can exceed 32 bits and then wraps.
 inline int32_t AddWrapping(int32_t a, int32_t b) {
     return static_cast<int32_t>(static_cast<uint32_t>(a) + static_cast<uint32_t>(b));
 }
@@ -45,10 +32,10 @@ bool ImageDecoderIct::HuffmannDecodeReorderDequantTile(BitStreamReader* reader, 
     std::fill_n(coefficients, TileCoefficients, short{0});
 
     const uint32_t category = DecodeCode(*reader, dcTable).size;
-    if (category == AbortMarker)
+    if (category == IctAbortMarker)
         return false;
     *dcPredictor = AddWrapping(*dcPredictor, ReadCoefficient(*reader, category));
-    coefficients[0] = Dequantise(*dcPredictor, dequant[m_auiReorder[0]]);
+    coefficients[0] = IctFastTables::Dequantise(*dcPredictor, dequant[m_auiReorder[0]]);
 
     for (size_t position = 0;;) {
         const huff_entry_t& code = DecodeCode(*reader, acTable);
@@ -59,7 +46,7 @@ bool ImageDecoderIct::HuffmannDecodeReorderDequantTile(BitStreamReader* reader, 
         if (position >= TileCoefficients)
             ThrowStreamError();
         const size_t slot = m_auiReorder[position];
-        coefficients[slot] = Dequantise(level, dequant[slot]);
+        coefficients[slot] = IctFastTables::Dequantise(level, dequant[slot]);
     }
 }
 

@@ -11,9 +11,6 @@
 namespace Vostrel::libimagedecoder {
 namespace {
 
-constexpr uint32_t LongLengthBits = 10;
-constexpr uint32_t ShortLengthBits = 7;
-
 /// A row of chroma, or half of one.
 constexpr size_t SamplesAtOnce = 8;
 
@@ -40,7 +37,7 @@ void PrefetchShare(const void* samples, size_t rowBytes, size_t rows, size_t blo
         __builtin_prefetch(row, 1);
 }
 
-/// For what the fast road declines.
+/// For what the fast path declines.
 void DecodePlainly(BitStreamReader& reader, const LbePlaneFormat& format, LbePlaneBytes& plane) {
     LbePlaneBuffer buffer;
     DecodeLbePlane(reader, format, buffer);
@@ -49,9 +46,11 @@ void DecodePlainly(BitStreamReader& reader, const LbePlaneFormat& format, LbePla
 
 } // namespace
 
-/// One update on its way through the walk.
+/// One update.
 class ImageDecoderLbe::Update {
 public:
+    class Source;
+
     Update(ImageDecoderLbe& decoder, const UpdateRectangle& rectangle, const LbeQuality& quality)
         : m_Decoder(decoder),
           m_Quality(quality), m_LumaFormat{decoder.m_lumaSamplesPerBlock, MacroblockEdge,
@@ -60,19 +59,6 @@ public:
                          2u * quality.m_uiChromaBits, decoder.m_chromaRunCountBits},
           m_uiLumaStride(rectangle.LumaStride()),
           m_uiChromaStride(m_uiLumaStride / decoder.m_uiChromaDivX) {}
-
-    template <class Read>
-    static RecordLength ReadLength(Read read) {
-        const uint32_t bits = read(1) != 0 ? LongLengthBits : ShortLengthBits;
-        return {read(bits), 1 + bits};
-    }
-
-    uint32_t ReadBits(unsigned int n) { return m_Decoder.ReadStreamBits(n); }
-    void GiveBack() {}
-
-    void DecodeInPlace(const Macroblock& block) { Decode(m_Decoder, block); }
-
-    UpdateJobs::Function Schedule(MacroblockBatch& batch) { return ScheduleDecodeTile(batch); }
 
     void Draw(const DrawnRows& rows, const bool* skipMask) {
         const UpdateRectangle& rectangle = rows.m_Rectangle;
@@ -85,16 +71,6 @@ public:
     }
 
 private:
-    // Two references fit into a std::function without an allocation.
-    UpdateJobs::Function ScheduleDecodeTile(MacroblockBatch& batch) {
-        return [this, &batch](unsigned int /*worker*/) {
-            m_Decoder.DecodeSegments(batch, [&](BitStreamReader& reader, const Macroblock& block) {
-                Decode(reader, block);
-            });
-        };
-    }
-
-    void Decode(BitStreamReader& reader, const Macroblock& block);
     void PrefetchNext(const Macroblock& block) const;
     uint8_t* LumaOf(const Macroblock& block) const;
     uint16_t* ChromaOf(const Macroblock& block) const;
@@ -109,20 +85,34 @@ private:
     size_t m_uiChromaStride;
 };
 
-void ImageDecoderLbe::Update::Decode(BitStreamReader& reader, const Macroblock& block) {
-    PrefetchNext(block);
-    LbePlaneCursor cursor(reader, m_Decoder.m_pPlaneKernel);
-    LbePlaneBytes plane;
-    const auto decodePlane = [&](const LbePlaneFormat& format) {
-        if (!cursor.DecodePlane(format, plane))
-            DecodePlainly(reader, format, plane);
-    };
-    decodePlane(m_LumaFormat);
-    StoreLuma(block, plane);
-    decodePlane(m_ChromaFormat);
-    StoreChroma(block, plane);
-    cursor.GiveBack();
-}
+/// Decodes the blocks of one bit reader into the decoder's planes.
+class ImageDecoderLbe::Update::Source {
+public:
+    Source(Update& update, BitStreamReader& reader, size_t readableAfter, unsigned int /*worker*/)
+        : m_Update(update), m_Reader(reader),
+          m_Cursor(reader, update.m_Decoder.m_pPlaneKernel, readableAfter) {}
+
+    StreamWindow& GetWindow() { return m_Cursor.GetWindow(); }
+
+    void Decode(const Macroblock& block) {
+        m_Update.PrefetchNext(block);
+        LbePlaneBytes plane;
+        DecodePlane(m_Update.m_LumaFormat, plane);
+        m_Update.StoreLuma(block, plane);
+        DecodePlane(m_Update.m_ChromaFormat, plane);
+        m_Update.StoreChroma(block, plane);
+    }
+
+private:
+    void DecodePlane(const LbePlaneFormat& format, LbePlaneBytes& plane) {
+        if (!m_Cursor.DecodePlane(format, plane))
+            DecodePlainly(m_Reader, format, plane);
+    }
+
+    Update& m_Update;
+    BitStreamReader& m_Reader;
+    LbePlaneCursor m_Cursor;
+};
 
 /// The planes of a whole screen have left the caches by the next update, and sixteen rows at once
 /// are more than a processor recognises as streams. Takes 20 to 30 % off the decoding of a desktop
@@ -183,12 +173,12 @@ ImageDecoderLbe::ImageDecoderLbe(ImageDecoderRenderer* renderer, IStreambuffer* 
                                  ILogger* logger, unsigned long threadCount,
                                  unsigned int protocolVersion, unsigned int chromaSubsampling,
                                  LbePlaneKernel planeKernel)
-    : MacroblockDecoder(renderer, stream, logger, threadCount, protocolVersion, chromaSubsampling),
-      m_pPlaneKernel(planeKernel), m_chromaRunCountBits(protocolVersion != 0 ? 8 : 6),
-      m_qualityMask(protocolVersion != 0 ? 15 : 7),
-      m_chromaSamplesPerBlock(m_lumaSamplesPerBlock / m_uiChromaDivX / m_uiChromaDivY) {
-    CreateJobs(threadCount, "LBE");
-}
+    : MacroblockDecoder(renderer, stream, logger, protocolVersion, chromaSubsampling,
+                        &UpdateRules::m_LbeLength),
+      m_pPlaneKernel(planeKernel), m_chromaRunCountBits(GetRules().m_uiLbeChromaCountBits),
+      m_qualityMask(GetRules().m_uiLbeQualityMask),
+      m_chromaSamplesPerBlock(m_lumaSamplesPerBlock / m_uiChromaDivX / m_uiChromaDivY),
+      m_Jobs(CreateJobs(threadCount, "LBE")) {}
 
 void ImageDecoderLbe::SetResolution(unsigned short width, unsigned short height) {
     if (IsResolution(width, height))
@@ -213,7 +203,11 @@ uint64_t ImageDecoderLbe::HandleUpdateImplementation(unsigned int quality,
         return ~uint64_t{0};
     const UpdateRectangle rectangle{x, y, width, height};
     Update update(*this, rectangle, s_aLbeQualities[index]);
-    return DecodeMacroblocks(rectangle, update);
+    return DecodeMacroblocks(rectangle, update, m_Jobs, ScheduleDecodeTile(update));
+}
+
+UpdateJobs::DecodeRecord ImageDecoderLbe::ScheduleDecodeTile(Update& update) const {
+    return RecordDecoderOf(update);
 }
 
 ImageDecoderLbe::DrawFunction ImageDecoderLbe::GetDrawFunction() const {

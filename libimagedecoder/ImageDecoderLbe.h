@@ -3,6 +3,7 @@
 #include "libimagedecoder/AlignedMemory.h"
 #include "libimagedecoder/LbePlaneKernel.h"
 #include "libimagedecoder/LbeQuality.h"
+#include "libimagedecoder/LbeSyntax.h"
 #include "libimagedecoder/MacroblockDecoder.h"
 
 #include <cstdint>
@@ -39,15 +40,17 @@ private:
         unsigned char, unsigned char, unsigned short, unsigned short, unsigned short,
         unsigned short, unsigned long, unsigned long, unsigned char*, unsigned short*, const bool*);
     DrawFunction GetDrawFunction() const;
+    UpdateJobs::DecodeRecord ScheduleDecodeTile(Update& update) const;
 
     LbePlaneKernel m_pPlaneKernel;
-    uint32_t m_lumaRunCountBits = 8;
-    uint32_t m_chromaRunCountBits; ///< 6 in protocol version 0, else 8
-    uint32_t m_qualityMask;        ///< 7 in protocol version 0, else 15
+    uint32_t m_lumaRunCountBits = LbeLumaCountBits;
+    uint32_t m_chromaRunCountBits;
+    uint32_t m_qualityMask;
     uint32_t m_lumaSamplesPerBlock = 256;
     uint32_t m_chromaSamplesPerBlock;     ///< 64, 128 or 256
     AlignedArray<uint8_t> m_lumaPlane;    ///< one level per pixel
     AlignedArray<uint16_t> m_chromaPlane; ///< one packed Cb/Cr value per chroma position
+    UpdateJobs m_Jobs;                    ///< last: its end waits for the jobs
 };
 
 } // namespace Vostrel::libimagedecoder

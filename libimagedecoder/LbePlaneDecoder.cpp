@@ -1,21 +1,18 @@
 #include "libimagedecoder/LbePlaneDecoder.h"
+#include "libimagedecoder/LbeSyntax.h"
 
 #include <algorithm>
 
 namespace Vostrel::libimagedecoder {
 namespace {
 
-constexpr size_t ShortestLongRun = 3;
-constexpr uint32_t CountFollows = 14;
-constexpr uint32_t ToPlaneEnd = 15;
-
 size_t ReadLongRun(BitStreamReader& reader, const LbePlaneFormat& format, size_t samplesLeft) {
-    const uint32_t code = reader.ReadStreamBits(4);
-    if (code == ToPlaneEnd)
+    const uint32_t code = reader.ReadStreamBits(LbeRunCodeBits);
+    if (code == LbeRunToPlaneEnd)
         return samplesLeft;
-    if (code == CountFollows)
-        return reader.ReadStreamBits(format.m_uiLongRunBits) + ShortestLongRun;
-    return code + ShortestLongRun;
+    if (code == LbeCountFollows)
+        return reader.ReadStreamBits(format.m_uiLongRunBits) + LbeShortestLongRun;
+    return code + LbeShortestLongRun;
 }
 
 void FillFromLeft(uint16_t* sample, size_t run) {

@@ -87,7 +87,7 @@ private:
             const uint32_t countBits = m_Format.m_uiLongRunBits;
             const size_t count =
                 m_Bits.Peek(LbeTokens::IndexBits + countBits) & ((1u << countBits) - 1);
-            run = std::min(run, count + LbeTokens::ShortestLongRun);
+            run = std::min(run, count + LbeShortestLongRun);
             m_Bits.Skip(countBits);
         }
         if ((index & LbeTokens::FromLeft) != 0)

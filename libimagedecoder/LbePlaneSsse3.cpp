@@ -184,14 +184,14 @@ private:
         if ((code.m_uiIndex & LbeTokens::ToPlaneEnd) == 0) {
             const size_t count = m_Bits.Peek(m_Format.m_uiLongRunBits);
             m_Bits.Skip(m_Format.m_uiLongRunBits);
-            if (count < LbeTokens::CountFollows) {
+            if (count < LbeCountFollows) {
                 // No longer than a run without a count, if a wasteful one.
-                const size_t index = code.m_uiIndex - LbeTokens::CountFollows + count;
+                const size_t index = code.m_uiIndex - LbeCountFollows + count;
                 Append({index, m_Tokens.m_aTokens[index]}, m_Bits);
                 return m_puiOut >= m_puiEnd;
             }
-            if (count + LbeTokens::ShortestLongRun < run)
-                run = count + LbeTokens::ShortestLongRun;
+            if (count + LbeShortestLongRun < run)
+                run = count + LbeShortestLongRun;
         }
         Repeat(ShuffleOf(code), run);
         return m_puiOut == m_puiEnd;

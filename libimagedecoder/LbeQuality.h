@@ -18,4 +18,10 @@ inline constexpr uint32_t LowestLbeQuality = 2;
 inline constexpr std::array<LbeQuality, 10> s_aLbeQualities = {
     {{2, 3}, {2, 4}, {3, 3}, {3, 4}, {4, 3}, {4, 4}, {5, 4}, {5, 5}, {6, 4}, {6, 5}}};
 
+/// The highest quality value of a protocol version whose qualities have these bits.
+constexpr uint32_t HighestLbeQuality(uint32_t qualityMask) {
+    constexpr uint32_t Highest = LowestLbeQuality + uint32_t{s_aLbeQualities.size()} - 1;
+    return qualityMask < Highest ? qualityMask : Highest;
+}
+
 } // namespace Vostrel::libimagedecoder

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "libimagedecoder/LbeSyntax.h"
+
 #include <cstddef>
 #include <cstdint>
 
@@ -40,22 +42,19 @@ struct LbeTokens {
     static constexpr size_t LongRun = 0x10;      ///< its code in the low four bits; else bit 3
     static constexpr size_t ToPlaneEnd = 0x01;   ///< in a token without a run; else it has a count
 
-    static constexpr size_t ShortestLongRun = 3; ///< of code 0; each next one is a sample longer
-    static constexpr size_t CountFollows = 14;   ///< a code
-
     static constexpr bool IsFromAbove(size_t index) {
         return (index & (LiteralBelow | FromLeft)) == LiteralBelow;
     }
 };
 
 constexpr LbeToken MakeLbeToken(size_t index, uint32_t literalBits) {
-    constexpr size_t LongCodes = 16;
+    constexpr size_t LongCodes = size_t{1} << LbeRunCodeBits;
     if (index < LbeTokens::LiteralBelow)
         return {static_cast<uint8_t>(1 + literalBits), 1, 0xFFFF};
     if ((index & LbeTokens::LongRun) == 0)
         return {4, static_cast<uint8_t>(1 + (index >> 3 & 1)), 0};
     const size_t code = index % LongCodes;
-    const size_t run = code < LbeTokens::CountFollows ? code + LbeTokens::ShortestLongRun : 0;
+    const size_t run = code < LbeCountFollows ? code + LbeShortestLongRun : 0;
     return {LbeTokens::IndexBits, static_cast<uint8_t>(run), 0};
 }
 

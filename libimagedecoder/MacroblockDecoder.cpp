@@ -1,5 +1,6 @@
 #include "libimagedecoder/MacroblockDecoder.h"
 
+#include "libimagedecoder/BitRegister.h"
 #include "libimagedecoder/ILogger.h"
 #include "libimagedecoder/ImageDecoderException.h"
 #include "libthread/ThreadPool.h"
@@ -13,33 +14,40 @@ namespace {
 
 constexpr unsigned long MaxThreads = 1024;
 
-/// Zero bytes that follow a job's record, so that the 16-bit peek at its last code finds bytes.
-constexpr size_t SegmentSlackBytes = 4;
+/// Zero bytes that follow a record, so that the 16-bit peek at its last code finds bytes.
+constexpr size_t SlackBytes = 4;
 
-/// Skip code and length of a record: a long count of 16 bits and a length of 10 at most.
-constexpr size_t MaxFieldBytes = (2 + 16 + 11 + 7) / 8;
+/// Zero bytes after a record: the slack, and as many more as the reader had fetched of it, since a
+/// record's length counts these as well. A known number is filled faster.
+constexpr size_t ZeroBytes = 16;
+constexpr size_t MaxHeldBits = 23;
+constexpr size_t MaxFieldBits = 2 + 16 + 11;
+static_assert((MaxHeldBits + MaxFieldBits) / 8 + SlackBytes <= ZeroBytes &&
+              ZeroBytes <= StreamWindow::SlackBytes);
+
+constexpr size_t BytesOfBits(size_t bits) {
+    return (bits + 7) / 8;
+}
 
 } // namespace
 
 MacroblockDecoder::MacroblockDecoder(ImageDecoderRenderer* renderer, IStreambuffer* stream,
-                                     ILogger* logger, unsigned long threads,
-                                     unsigned int protocolVersion, unsigned int chromaSubsampling)
-    : IImageDecoder(renderer, stream, logger, protocolVersion, chromaSubsampling) {
+                                     ILogger* logger, unsigned int protocolVersion,
+                                     unsigned int chromaSubsampling,
+                                     RecordLengthCode UpdateRules::*length)
+    : IImageDecoder(renderer, stream, logger, protocolVersion, chromaSubsampling),
+      m_Rules(RulesOf(protocolVersion)), m_Length(m_Rules.*length) {}
+
+UpdateJobs MacroblockDecoder::CreateJobs(unsigned long threads, const char* encoding) const {
     if (threads > MaxThreads)
         throw std::invalid_argument("A decoder uses at most 1024 threads");
-}
-
-void MacroblockDecoder::CreateJobs(unsigned long threads, const char* encoding) {
-    std::unique_ptr<libthread::ThreadPool> pool;
-    if (threads != 0 && m_uiProtocolVersion >= 2 && libthread::ThreadPool::isSupported()) {
-        m_pLogger->Log("Using multithreaded parallel %s decoder with %u threads.", encoding,
-                       static_cast<unsigned int>(threads));
-        pool = std::make_unique<libthread::ThreadPool>(threads);
-        m_uiDrivingWorker = static_cast<unsigned int>(threads);
-    } else {
+    if (threads == 0 || !m_Length.IsThere() || !libthread::ThreadPool::isSupported()) {
         m_pLogger->Log("Using singlethreaded %s decoder.", encoding);
+        return UpdateJobs(nullptr, 0);
     }
-    m_pJobs = std::make_unique<UpdateJobs>(std::move(pool), m_uiDrivingWorker);
+    const auto workers = static_cast<unsigned int>(threads);
+    m_pLogger->Log("Using multithreaded parallel %s decoder with %u threads.", encoding, workers);
+    return UpdateJobs(std::make_unique<libthread::ThreadPool>(threads), workers);
 }
 
 void MacroblockDecoder::ResizeSegmentStore(unsigned short width, unsigned short height) {
@@ -72,67 +80,116 @@ bool* MacroblockDecoder::PrepareSkipMask(size_t macroblocks) {
     return m_pbSkipMask.get();
 }
 
-/// Gives a job its own copy of a record of recordBytes. The reader holds the record's first bytes
-/// already, fieldBits of them used up by the skip code and the length. Its counters go to the job,
-/// with the bytes that they come from in front of the copied ones, so that a job's stream looks
-/// like any other; and the reader starts afresh at the byte behind the record.
-void MacroblockDecoder::CutSegment(MacroblockJob& record, size_t recordBytes, uint32_t fieldBits) {
-    const size_t fetchedBytes = (HeldBits() + fieldBits) / 8;
-    if (recordBytes < fetchedBytes)
+/// remaining: macroblocks from the walk's place on; a skip code that passes them ends the update,
+/// and no length follows it.
+template <class Read>
+MacroblockDecoder::RecordFields MacroblockDecoder::ParseFields(uint32_t remaining,
+                                                               Read read) const {
+    RecordFields fields;
+    const auto readAndCount = [&](unsigned int n) {
+        fields.m_uiBits += n;
+        return read(n);
+    };
+    const SkipCode skip = ReadSkipCode(m_Rules, readAndCount);
+    fields.m_uiSkipped = skip.m_uiSkipped;
+    fields.m_bEnd = skip.m_bEnd || skip.m_uiSkipped >= remaining;
+    if (!fields.m_bEnd && m_Length.IsThere())
+        fields.m_uiBytes = ReadRecordLength(m_Length, readAndCount);
+    return fields;
+}
+
+MacroblockDecoder::RecordFields MacroblockDecoder::ReadFields(StreamWindow& window,
+                                                              uint32_t remaining) {
+    if (window.IsReady()) [[likely]] {
+        BitRegister bits = window.GetBits();
+        bits.Refill();
+        const RecordFields fields = ParseFields(remaining, [&](unsigned int n) {
+            const auto value = static_cast<uint32_t>(bits.Peek(n));
+            bits.Skip(n);
+            return value;
+        });
+        if (window.CommitRead(bits, fields.m_uiBits)) [[likely]]
+            return fields;
+    }
+    window.GiveBack();
+    return ParseFields(remaining, [&](unsigned int n) { return ReadStreamBits(n); });
+}
+
+/// Gives a record its own copy of its bytes and moves to the byte after it.
+void MacroblockDecoder::CutRecord(MacroblockRecord& record, const RecordFields& fields,
+                                  StreamWindow& window) {
+    if (CutFromWindow(record, fields, window)) [[likely]]
+        return;
+    window.GiveBack();
+    CutFromReader(record, fields);
+}
+
+/// The length counts from the first whole byte of the skip code on. False: the record ends past the
+/// window, or before what the reader would have fetched.
+bool MacroblockDecoder::CutFromWindow(MacroblockRecord& record, const RecordFields& fields,
+                                      StreamWindow& window) {
+    if (!window.IsBorrowed())
+        return false;
+    const size_t position = window.GetPosition();
+    const size_t start = BytesOfBits(position - fields.m_uiBits);
+    const size_t fetched = window.GetFetchedBytes();
+    const size_t end = start + fields.m_uiBytes;
+    if (end < fetched || end > window.GetSize())
+        return false;
+    const size_t first = position / 8;
+    std::memcpy(TakeSegment(record, end - first, fetched - start + SlackBytes),
+                window.GetBytes() + first, end - first);
+    record.m_uiFirstBit = position % 8;
+    window.MoveToByte(end);
+    return true;
+}
+
+/// The same by the reader alone: the bytes that its counters hold precede those that are copied
+/// from the stream.
+void MacroblockDecoder::CutFromReader(MacroblockRecord& record, const RecordFields& fields) {
+    const size_t fetched = (HeldBits() + fields.m_uiBits) / 8;
+    if (fields.m_uiBytes < fetched)
         ThrowStreamError();
-    const size_t copiedBytes = recordBytes - fetchedBytes;
     const size_t heldBytes = BytesOfBits(HeldBits());
-    record.m_uiSegmentBytes = heldBytes + recordBytes + SegmentSlackBytes;
-    record.m_uiHeldBytes = heldBytes;
-    record.m_puiSegment = TakeSegment(record, record.m_uiSegmentBytes);
-    uint8_t* const copied = record.m_puiSegment + heldBytes;
-    m_pStream->CopyBytes(copied, copiedBytes);
-    std::fill(copied + copiedBytes, record.m_puiSegment + record.m_uiSegmentBytes, uint8_t{0});
+    const size_t copied = fields.m_uiBytes - fetched;
+    uint8_t* const bytes = TakeSegment(record, heldBytes + copied, fetched + SlackBytes);
     uint64_t held = uint64_t{m_uiWindow} << m_uiReserveBits | m_uiReserve;
-    for (uint8_t* byte = copied; byte != record.m_puiSegment; held >>= 8)
-        *--byte = static_cast<uint8_t>(held);
-    record.m_ReaderState = GetState();
+    for (size_t byte = heldBytes; byte-- > 0; held >>= 8)
+        bytes[byte] = static_cast<uint8_t>(held);
+    m_pStream->CopyBytes(bytes + heldBytes, copied);
+    record.m_uiFirstBit = static_cast<uint32_t>(8 * heldBytes - HeldBits());
     SetState({});
 }
 
-/// The same for a reader that holds nothing, and a record that the stream's window holds whole.
-void MacroblockDecoder::CutAlignedSegment(MacroblockJob& record, size_t recordBytes,
-                                          uint32_t fieldBits) {
-    const size_t fetchedBytes = BytesOfBits(fieldBits);
-    const auto heldBits = static_cast<uint32_t>(8 * fetchedBytes - fieldBits);
-    const size_t heldBytes = BytesOfBits(heldBits);
-    const size_t passedBytes = fetchedBytes - heldBytes;
-    record.m_uiSegmentBytes = heldBytes + recordBytes + SegmentSlackBytes;
-    record.m_uiHeldBytes = heldBytes;
-    record.m_puiSegment = TakeSegment(record, record.m_uiSegmentBytes);
-    const uint8_t* const bytes = m_pStream->GetUnread().data();
-    std::memcpy(record.m_puiSegment, bytes + passedBytes, recordBytes - passedBytes);
-    // A length that is known costs nothing to fill; what is too much of it lies in the bytes that
-    // may be looked at.
-    static_assert(MaxFieldBytes + SegmentSlackBytes <= 16 && 16 <= SegmentReadableBytes);
-    std::memset(record.m_puiSegment + recordBytes - passedBytes, 0, 16);
-    record.m_ReaderState = {0, 0, bytes[fetchedBytes - 1] & ((1u << heldBits) - 1), heldBits};
-    m_pStream->SetPosition(m_pStream->GetPosition() + recordBytes);
-}
-
-/// Memory for a segment: from the segment store while it has room, else the record's own.
-uint8_t* MacroblockDecoder::TakeSegment(MacroblockJob& record, size_t bytes) {
-    if (m_vecSegmentStore.size() - m_uiSegmentStoreUsed < bytes + SegmentReadableBytes) {
-        record.m_puiOwned = std::make_unique<uint8_t[]>(bytes + SegmentReadableBytes);
-        return record.m_puiOwned.get();
+/// Memory for a record's bytes and for zeros after them: from the segment store while it has room,
+/// else the record's own.
+uint8_t* MacroblockDecoder::TakeSegment(MacroblockRecord& record, size_t bytes, size_t zeroBytes) {
+    const size_t readable = bytes + zeroBytes + StreamWindow::SlackBytes;
+    if (m_vecSegmentStore.size() - m_uiSegmentStoreUsed < readable) {
+        record.m_puiOwned = std::make_unique<uint8_t[]>(readable);
+        record.m_puiBytes = record.m_puiOwned.get();
+    } else {
+        record.m_puiBytes = m_vecSegmentStore.data() + m_uiSegmentStoreUsed;
+        m_uiSegmentStoreUsed += bytes + zeroBytes;
     }
-    uint8_t* const segment = m_vecSegmentStore.data() + m_uiSegmentStoreUsed;
-    m_uiSegmentStoreUsed += bytes;
-    return segment;
+    record.m_uiBytes = bytes + zeroBytes;
+    std::memset(record.m_puiBytes + bytes, 0, ZeroBytes);
+    return record.m_puiBytes;
 }
 
-/// Leaves readable bytes behind the last segment of a batch. Those of the next batch will not do:
+/// Leaves readable bytes after the last record of a batch. Those of the next batch will not do:
 /// they are written while a worker may look at them.
 void MacroblockDecoder::EndSegments() {
-    const size_t bytes =
-        std::min(SegmentReadableBytes, m_vecSegmentStore.size() - m_uiSegmentStoreUsed);
-    std::fill_n(m_vecSegmentStore.data() + m_uiSegmentStoreUsed, bytes, uint8_t{0});
-    m_uiSegmentStoreUsed += bytes;
+    m_uiSegmentStoreUsed +=
+        std::min(StreamWindow::SlackBytes, m_vecSegmentStore.size() - m_uiSegmentStoreUsed);
+}
+
+/// Of a reader that stands at the record's first bit.
+BitReaderState MacroblockDecoder::StateAtStart(const MacroblockRecord& record) {
+    if (record.m_uiFirstBit == 0)
+        return {};
+    const uint32_t bits = 8 - record.m_uiFirstBit;
+    return {0, 0, record.m_puiBytes[0] & ((1u << bits) - 1), bits};
 }
 
 } // namespace Vostrel::libimagedecoder

@@ -1,36 +1,25 @@
 #pragma once
 
-#include "libimagedecoder/BitRegister.h"
 #include "libimagedecoder/ChangedArea.h"
 #include "libimagedecoder/IImageDecoder.h"
 #include "libimagedecoder/ImageDecoderRenderer.h"
-#include "libimagedecoder/Macroblock.h"
+#include "libimagedecoder/MacroblockCodec.h"
 #include "libimagedecoder/StreambufferArray.h"
 #include "libimagedecoder/UpdateJobs.h"
+#include "libimagedecoder/UpdateSyntax.h"
 
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <span>
 
 namespace Vostrel::libimagedecoder {
 
 /// What both encodings share of an update: the walk over its macroblocks by skip codes, the mask of
-/// unchanged ones, the changed area, and the cutting of a record out of the stream for a job.
+/// unchanged ones, the changed area, and the jobs that decode records.
 ///
-/// An encoding hands the walk a codec, one object for one update, with
-///   uint32_t ReadBits(unsigned int n)                read 1 to 16 bits of the update;
-///   static RecordLength ReadLength(read)             the length that precedes a coded macroblock,
-///                                                    by calls of read(n);
-///   void DecodeInPlace(const Macroblock&)            decode it from the update's bits;
-///   void GiveBack()                                  make the frame's own bit reader current: the
-///                                                    codec may have read ahead of it;
-///   UpdateJobs::Function Schedule(MacroblockBatch&)  a job that decodes macroblocks, each from its
-///                                                    own bytes;
-///   void Draw(const DrawnRows&, const bool* skipMask)
-///                                                    hand rows of the decoded planes to the
-///                                                    renderer.
+/// A decoder holds its UpdateJobs as its last member, so that its jobs have ended when the memory
+/// goes on which they work.
 class MacroblockDecoder : public IImageDecoder {
 public:
     /// From how many coded macroblocks on an update is drawn by the workers as well: waking them
@@ -38,32 +27,15 @@ public:
     void ShareDrawingFrom(size_t codedMacroblocks) { m_uiSharedDrawing = codedMacroblocks; }
 
 protected:
-    /// Rows of an update's rectangle that are drawn together: a rectangle of their own.
-    struct DrawnRows {
-        UpdateRectangle m_Rectangle;
-        size_t m_uiTop = 0; ///< pixels from the update's top edge, a multiple of 16
-    };
-
-    /// Byte length of a macroblock's record, counted from the start of the skip code before it,
-    /// and the bits that the length itself took. 0 bytes: the macroblock is decoded in place.
-    struct RecordLength {
-        uint32_t m_uiBytes = 0;
-        uint32_t m_uiBits = 0;
-    };
-
-    /// As IImageDecoder. Throws std::invalid_argument for more than 1024 threads.
+    /// As IImageDecoder. length: how the encoding writes the lengths of its records.
     MacroblockDecoder(ImageDecoderRenderer* renderer, IStreambuffer* stream, ILogger* logger,
-                      unsigned long threads, unsigned int protocolVersion,
-                      unsigned int chromaSubsampling);
+                      unsigned int protocolVersion, unsigned int chromaSubsampling,
+                      RecordLengthCode UpdateRules::*length);
 
-    /// Creates the pool where threads and protocol version ask for one, and logs which it is.
-    /// encoding is the name in the log line. Only version 2 tells where a macroblock's bytes end.
-    void CreateJobs(unsigned long threads, const char* encoding);
-
-    /// Number of workers that may decode at once, the driving thread among them: its worker number
-    /// is the last.
-    unsigned int WorkerCount() const { return m_uiDrivingWorker + 1; }
-    unsigned int DrivingWorker() const { return m_uiDrivingWorker; }
+    /// The jobs of a decoder, with a pool where threads and protocol version ask for one, and logs
+    /// which it is. encoding is the name in the log line.
+    /// Throws std::invalid_argument for more than 1024 threads.
+    UpdateJobs CreateJobs(unsigned long threads, const char* encoding) const;
 
     bool IsResolution(unsigned short width, unsigned short height) const {
         return width == m_uiWidth && height == m_uiHeight;
@@ -83,31 +55,31 @@ protected:
     /// Decodes and draws one update; returns the packed changed area. Throws ImageDecoderException
     /// "StreamError" for a rectangle that the planes cannot hold, and what the codec throws; in
     /// either case nothing is drawn and no job is left running.
-    template <class Codec>
-    uint64_t DecodeMacroblocks(const UpdateRectangle& rectangle, Codec& codec);
+    template <MacroblockCodec Codec>
+    uint64_t DecodeMacroblocks(const UpdateRectangle& rectangle, Codec& codec, UpdateJobs& jobs,
+                               const UpdateJobs::DecodeRecord& decode);
 
-    /// Runs decode(BitStreamReader&, const Macroblock&) over each record's own bytes, on whatever
-    /// thread a job is on. What it throws is kept for the driving thread.
-    template <class Decode>
-    void DecodeSegments(MacroblockBatch& batch, Decode decode);
+    /// What the jobs of an update do with a record.
+    template <MacroblockCodec Codec>
+    UpdateJobs::DecodeRecord RecordDecoderOf(Codec& codec) const {
+        return [this, &codec](const MacroblockRecord& record, unsigned int worker) {
+            DecodeRecord(record, codec, worker);
+        };
+    }
 
-    /// Bytes behind the stream of such a reader that may be looked at, whatever they hold.
-    static constexpr size_t SegmentReadableBytes = 240;
+    const UpdateRules& GetRules() const { return m_Rules; }
 
     /// Throws ImageDecoderException "StreamError".
     [[noreturn]] static void ThrowStreamError();
 
 private:
-    /// A run of unchanged macroblocks before the next coded one; -1 when no coded one follows.
-    struct SkipCode {
-        int32_t m_iCount = 0;
-        uint32_t m_uiBits = 0; ///< length of the code itself
+    /// What precedes the data of a coded macroblock.
+    struct RecordFields {
+        bool m_bEnd = false; ///< no coded macroblock follows
+        uint32_t m_uiSkipped = 0;
+        uint32_t m_uiBytes = 0; ///< length of the record; 0: it is decoded in place
+        uint32_t m_uiBits = 0;  ///< of the fields themselves
     };
-    static constexpr uint32_t ShortCountBits = 6;
-    /// Bytes that must be there to look at the fields of a record, whatever they are.
-    static constexpr size_t AlignedFieldsRoom = 16;
-
-    static constexpr size_t BytesOfBits(size_t bits) { return (bits + 7) / 8; }
 
     /// How far the walk over an update has come, and what it has found coded.
     struct Progress {
@@ -119,89 +91,77 @@ private:
         Macroblock TakeCoded();
     };
 
-    template <class Codec>
-    void Walk(Progress& progress, Codec& codec);
+    template <class Source>
+    void Walk(Progress& progress, Source& source, UpdateJobs& jobs);
 
     template <class Codec>
-    void DrawDecoded(const UpdateRectangle& rectangle, const Progress& progress, Codec& codec);
+    void DecodeRecord(const MacroblockRecord& record, Codec& codec, unsigned int worker) const;
 
     template <class Codec>
-    bool DecodeCoded(const Macroblock& macroblock, uint32_t skipCodeBits, Codec& codec);
-
-    template <class Codec>
-    void CutAlignedRecords(Progress& progress);
-
-    template <class Read>
-    SkipCode ReadSkipCode(Read read) const;
+    void DrawDecoded(const UpdateRectangle& rectangle, const Progress& progress, Codec& codec,
+                     UpdateJobs& jobs);
 
     void CheckRectangle(const UpdateRectangle& rectangle) const;
     bool* PrepareSkipMask(size_t macroblocks);
-    void CutSegment(MacroblockJob& record, size_t recordBytes, uint32_t fieldBits);
-    void CutAlignedSegment(MacroblockJob& record, size_t recordBytes, uint32_t fieldBits);
-    uint8_t* TakeSegment(MacroblockJob& record, size_t bytes);
-    void EndSegments();
 
+    template <class Read>
+    RecordFields ParseFields(uint32_t remaining, Read read) const;
+    RecordFields ReadFields(StreamWindow& window, uint32_t remaining);
+
+    void CutRecord(MacroblockRecord& record, const RecordFields& fields, StreamWindow& window);
+    bool CutFromWindow(MacroblockRecord& record, const RecordFields& fields, StreamWindow& window);
+    void CutFromReader(MacroblockRecord& record, const RecordFields& fields);
+    uint8_t* TakeSegment(MacroblockRecord& record, size_t bytes, size_t zeroBytes);
+    void EndSegments();
+    static BitReaderState StateAtStart(const MacroblockRecord& record);
+
+    const UpdateRules& m_Rules;
+    RecordLengthCode m_Length;
     uint16_t m_uiWidth = 0;
     uint16_t m_uiHeight = 0;
-    unsigned int m_uiDrivingWorker = 0;
     std::unique_ptr<bool[]> m_pbSkipMask; ///< kept from update to update, grown when needed
     size_t m_uiSkipMaskSize = 0;
-    std::unique_ptr<UpdateJobs> m_pJobs;
     size_t m_uiSharedDrawing = 1000;
 };
 
-template <class Codec>
-uint64_t MacroblockDecoder::DecodeMacroblocks(const UpdateRectangle& rectangle, Codec& codec) {
+template <MacroblockCodec Codec>
+uint64_t MacroblockDecoder::DecodeMacroblocks(const UpdateRectangle& rectangle, Codec& codec,
+                                              UpdateJobs& jobs,
+                                              const UpdateJobs::DecodeRecord& decode) {
     CheckRectangle(rectangle);
     m_uiSegmentStoreUsed = 0;
     Progress progress{MacroblockPlace(rectangle), PrepareSkipMask(rectangle.MacroblockCount())};
-    m_pJobs->Run(
+    typename Codec::Source inPlace(codec, *this, 0, jobs.InPlaceWorker());
+    jobs.Run(
         rectangle.MacroblockCount(),
         [&] {
-            Walk(progress, codec);
-            codec.GiveBack();
+            Walk(progress, inPlace, jobs);
+            inPlace.GetWindow().GiveBack();
         },
-        [&](MacroblockBatch& batch) {
-            EndSegments();
-            return codec.Schedule(batch);
-        });
-    DrawDecoded(rectangle, progress, codec);
+        decode);
+    DrawDecoded(rectangle, progress, codec, jobs);
     return progress.m_Changed.Packed(rectangle);
 }
 
-template <class Codec>
-void MacroblockDecoder::Walk(Progress& progress, Codec& codec) {
-    const auto read = [&](unsigned int n) { return codec.ReadBits(n); };
-    bool mayBeRecords = m_pJobs->HasPool();
+template <class Source>
+void MacroblockDecoder::Walk(Progress& progress, Source& source, UpdateJobs& jobs) {
+    StreamWindow& window = source.GetWindow();
     for (;;) {
-        if (mayBeRecords)
-            CutAlignedRecords<Codec>(progress);
-        const SkipCode skip = ReadSkipCode(read);
-        if (skip.m_iCount < 0)
+        const RecordFields fields = ReadFields(window, progress.m_Place.Remaining());
+        if (fields.m_bEnd)
             return;
-        progress.m_Place.Advance(static_cast<uint32_t>(skip.m_iCount));
-        if (progress.m_Place.IsAtEnd())
-            return;
-        mayBeRecords = DecodeCoded(progress.TakeCoded(), skip.m_uiBits, codec);
+        progress.m_Place.Advance(fields.m_uiSkipped);
+        if (fields.m_uiBytes == 0 || !jobs.HasPool()) {
+            source.Decode(progress.TakeCoded());
+            continue;
+        }
+        if (jobs.NextBeginsBatch())
+            EndSegments();
+        MacroblockRecord& record = jobs.NewRecord();
+        record.m_Macroblock = progress.TakeCoded();
+        CutRecord(record, fields, window);
+        jobs.AddRecord();
     }
-}
-
-/// Many coded macroblocks are drawn row by row, by the workers as well.
-template <class Codec>
-void MacroblockDecoder::DrawDecoded(const UpdateRectangle& rectangle, const Progress& progress,
-                                    Codec& codec) {
-    if (progress.m_uiCoded < m_uiSharedDrawing || !m_pJobs->HasPool() ||
-        !m_pRenderer->CanDrawRowsApart(rectangle)) {
-        codec.Draw({rectangle}, progress.m_pbSkipMask);
-        return;
-    }
-    m_pJobs->Share(rectangle.MacroblockRows(), [&](size_t row) {
-        DrawnRows drawn{rectangle, row * MacroblockEdge};
-        drawn.m_Rectangle.m_uiY = static_cast<uint16_t>(rectangle.m_uiY + drawn.m_uiTop);
-        drawn.m_Rectangle.m_uiHeight =
-            static_cast<uint16_t>(std::min(MacroblockEdge, rectangle.m_uiHeight - drawn.m_uiTop));
-        codec.Draw(drawn, progress.m_pbSkipMask + row * rectangle.MacroblockColumns());
-    });
 }
 
 /// The macroblock that the walk stands on.
@@ -214,74 +174,32 @@ inline Macroblock MacroblockDecoder::Progress::TakeCoded() {
     return macroblock;
 }
 
-/// 0: count 0. 10 and six bits: count 0..63. 11 and a long count, whose all-ones value ends the
-/// update.
-template <class Read>
-MacroblockDecoder::SkipCode MacroblockDecoder::ReadSkipCode(Read read) const {
-    if (read(1) == 0)
-        return {0, 1};
-    if (read(1) == 0)
-        return {static_cast<int32_t>(read(ShortCountBits)), 2 + ShortCountBits};
-    const uint32_t count = read(m_uiLongCountBits);
-    return {count == m_uiLongCountEscape ? -1 : static_cast<int32_t>(count), 2 + m_uiLongCountBits};
-}
-
-/// Returns whether the macroblock became a record of its own.
 template <class Codec>
-bool MacroblockDecoder::DecodeCoded(const Macroblock& macroblock, uint32_t skipCodeBits,
-                                    Codec& codec) {
-    RecordLength length;
-    if (m_uiProtocolVersion >= 2)
-        length = Codec::ReadLength([&](unsigned int n) { return codec.ReadBits(n); });
-    if (!m_pJobs->HasPool() || length.m_uiBytes == 0) {
-        codec.DecodeInPlace(macroblock);
-        return false;
-    }
-    codec.GiveBack();
-    MacroblockJob& record = m_pJobs->NewRecord();
-    record.m_Macroblock = macroblock;
-    CutSegment(record, length.m_uiBytes, skipCodeBits + length.m_uiBits);
-    m_pJobs->AddRecord();
-    return true;
+void MacroblockDecoder::DecodeRecord(const MacroblockRecord& record, Codec& codec,
+                                     unsigned int worker) const {
+    const BitReaderState state = StateAtStart(record);
+    StreambufferArray bytes(m_pLogger, record.m_puiBytes, record.m_uiBytes);
+    bytes.SetPosition(state.m_uiReserveBits != 0 ? 1 : 0);
+    BitStreamReader reader(&bytes, state);
+    typename Codec::Source source(codec, reader, StreamWindow::SlackBytes, worker);
+    source.Decode(record.m_Macroblock);
 }
 
-/// The fast road through records that start at a byte's boundary and lie in the stream's window, as
-/// nearly all do: reading their fields one by one takes longer than everything else that the
-/// driving thread does for them. Ends before the first record that is not like that, or not well.
+/// Many coded macroblocks are drawn row by row, by the workers as well.
 template <class Codec>
-void MacroblockDecoder::CutAlignedRecords(Progress& progress) {
-    while (HeldBits() == 0) {
-        const std::span<const uint8_t> bytes = m_pStream->GetUnread();
-        if (bytes.size() < AlignedFieldsRoom)
-            return;
-        BitRegister fields(bytes.data(), 0);
-        const auto read = [&](unsigned int n) {
-            const auto value = static_cast<uint32_t>(fields.Peek(n));
-            fields.Skip(n);
-            return value;
-        };
-        const SkipCode skip = ReadSkipCode(read);
-        const RecordLength length = Codec::ReadLength(read);
-        const uint32_t fieldBits = skip.m_uiBits + length.m_uiBits;
-        const auto skipped = static_cast<uint32_t>(skip.m_iCount); // none: more than remain
-        if (skipped >= progress.m_Place.Remaining() || length.m_uiBytes < BytesOfBits(fieldBits) ||
-            length.m_uiBytes > bytes.size())
-            return;
-        MacroblockJob& record = m_pJobs->NewRecord();
-        CutAlignedSegment(record, length.m_uiBytes, fieldBits);
-        progress.m_Place.Advance(skipped);
-        record.m_Macroblock = progress.TakeCoded();
-        m_pJobs->AddRecord();
+void MacroblockDecoder::DrawDecoded(const UpdateRectangle& rectangle, const Progress& progress,
+                                    Codec& codec, UpdateJobs& jobs) {
+    if (progress.m_uiCoded < m_uiSharedDrawing || !jobs.HasPool() ||
+        !m_pRenderer->CanDrawRowsApart(rectangle)) {
+        codec.Draw({rectangle}, progress.m_pbSkipMask);
+        return;
     }
-}
-
-template <class Decode>
-void MacroblockDecoder::DecodeSegments(MacroblockBatch& batch, Decode decode) {
-    m_pJobs->DecodeBatch(batch, [&](MacroblockJob& record) {
-        StreambufferArray segment(m_pLogger, record.m_puiSegment, record.m_uiSegmentBytes);
-        segment.SetPosition(record.m_uiHeldBytes);
-        BitStreamReader reader(&segment, record.m_ReaderState);
-        decode(reader, record.m_Macroblock);
+    jobs.Share(rectangle.MacroblockRows(), [&](size_t row) {
+        DrawnRows drawn{rectangle, row * MacroblockEdge};
+        drawn.m_Rectangle.m_uiY = static_cast<uint16_t>(rectangle.m_uiY + drawn.m_uiTop);
+        drawn.m_Rectangle.m_uiHeight =
+            static_cast<uint16_t>(std::min(MacroblockEdge, rectangle.m_uiHeight - drawn.m_uiTop));
+        codec.Draw(drawn, progress.m_pbSkipMask + row * rectangle.MacroblockColumns());
     });
 }
 

@@ -47,8 +47,7 @@ void IctEncoder::EncodeTiles(const Plane& plane, size_t left, size_t top, size_t
 
 void IctEncoder::EncodeBlock(const YCbCrPlanes& planes, size_t column, size_t row,
                              BitWriter& bits) {
-    // From version 1 on a block can be decoded without the ones before it.
-    if (GetFormat().m_uiProtocolVersion > 0)
+    if (libimagedecoder::RulesOf(GetFormat().m_uiProtocolVersion).m_bPredictorsRestart)
         ResetPredictors();
 
     EncodeTiles(planes.m_y, column * MacroblockEdge, row * MacroblockEdge, MacroblockEdge,

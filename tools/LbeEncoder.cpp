@@ -1,5 +1,7 @@
 #include "tools/LbeEncoder.h"
 
+#include "libimagedecoder/LbeSyntax.h"
+#include "libimagedecoder/UpdateSyntax.h"
 #include "tools/LbePlaneWriter.h"
 
 #include <stdexcept>
@@ -7,18 +9,19 @@
 
 namespace Vostrel::streamencoder {
 
+using libimagedecoder::HighestLbeQuality;
+using libimagedecoder::LbeLumaCountBits;
 using libimagedecoder::LbeQuality;
 using libimagedecoder::LowestLbeQuality;
 using libimagedecoder::MacroblockEdge;
+using libimagedecoder::RulesOf;
 using libimagedecoder::s_aLbeQualities;
 
 namespace {
 
 LbeQuality DepthsOf(uint32_t quality, unsigned protocolVersion) {
-    // Version 0 looks at the lowest three bits of a quality only.
-    const uint32_t highest =
-        protocolVersion == 0 ? 7 : LowestLbeQuality + uint32_t{s_aLbeQualities.size()} - 1;
-    if (quality < LowestLbeQuality || quality > highest)
+    if (quality < LowestLbeQuality ||
+        quality > HighestLbeQuality(RulesOf(protocolVersion).m_uiLbeQualityMask))
         throw std::invalid_argument(
             "An LBE quality is a number from 2 to 11, in protocol version 0 from 2 to 7");
     return s_aLbeQualities[quality - LowestLbeQuality];
@@ -48,7 +51,8 @@ void LbeEncoder::EncodeLuma(const YCbCrPlanes& planes, size_t column, size_t row
                                                             row * MacroblockEdge + y)]);
         }
     }
-    WriteLbePlane(levels, {levels.size(), MacroblockEdge, m_depths.m_uiLumaBits, 8}, bits);
+    WriteLbePlane(levels, {levels.size(), MacroblockEdge, m_depths.m_uiLumaBits, LbeLumaCountBits},
+                  bits);
 }
 
 void LbeEncoder::EncodeChroma(const YCbCrPlanes& planes, size_t column, size_t row,
@@ -64,7 +68,7 @@ void LbeEncoder::EncodeChroma(const YCbCrPlanes& planes, size_t column, size_t r
             values.push_back(static_cast<uint16_t>(cb << m_depths.m_uiChromaBits | cr));
         }
     }
-    const uint32_t longRunBits = GetFormat().m_uiProtocolVersion == 0 ? 6 : 8;
+    const uint32_t longRunBits = RulesOf(GetFormat().m_uiProtocolVersion).m_uiLbeChromaCountBits;
     WriteLbePlane(values, {values.size(), width, 2U * m_depths.m_uiChromaBits, longRunBits}, bits);
 }
 

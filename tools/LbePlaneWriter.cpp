@@ -1,5 +1,7 @@
 #include "tools/LbePlaneWriter.h"
 
+#include "libimagedecoder/LbeSyntax.h"
+
 #include <algorithm>
 #include <array>
 #include <limits>
@@ -8,6 +10,7 @@ namespace Vostrel::streamencoder {
 
 using libimagedecoder::LbePlaneBuffer;
 using libimagedecoder::LbePlaneFormat;
+using libimagedecoder::LbeRunCodeBits;
 
 namespace {
 
@@ -22,11 +25,9 @@ struct Step {
     size_t m_uiLength = 1;
 };
 
-constexpr unsigned MinLongRun = 3;
+constexpr unsigned MinLongRun = libimagedecoder::LbeShortestLongRun;
 constexpr unsigned MaxShortRun = 2;
-constexpr unsigned MaxLongRun = 16;
-constexpr unsigned CountedRunMark = 14;
-constexpr unsigned RunToEndMark = 15;
+constexpr unsigned MaxLongRun = MinLongRun + libimagedecoder::LbeCountFollows - 1;
 
 unsigned CostOf(const Step& step, const LbePlaneFormat& format) {
     constexpr unsigned RunBits = 3; // mark, source, form
@@ -36,9 +37,9 @@ unsigned CostOf(const Step& step, const LbePlaneFormat& format) {
     case Step::ShortRun:
         return RunBits + 1;
     case Step::CountedRun:
-        return RunBits + 4 + format.m_uiLongRunBits;
+        return RunBits + LbeRunCodeBits + format.m_uiLongRunBits;
     default:
-        return RunBits + 4;
+        return RunBits + LbeRunCodeBits;
     }
 }
 
@@ -57,14 +58,14 @@ void WriteStep(const Step& step, uint16_t sample, const LbePlaneFormat& format, 
         bits.Write(length - 1, 1);
         break;
     case Step::LongRun:
-        bits.Write(length - MinLongRun, 4);
+        bits.Write(length - MinLongRun, LbeRunCodeBits);
         break;
     case Step::CountedRun:
-        bits.Write(CountedRunMark, 4);
+        bits.Write(libimagedecoder::LbeCountFollows, LbeRunCodeBits);
         bits.Write(length - MinLongRun, format.m_uiLongRunBits);
         break;
     default:
-        bits.Write(RunToEndMark, 4);
+        bits.Write(libimagedecoder::LbeRunToPlaneEnd, LbeRunCodeBits);
         break;
     }
 }

@@ -1,11 +1,26 @@
 #pragma once
 
+#include "libimagedecoder/UpdateSyntax.h"
+
 #include <cstdint>
+#include <stdexcept>
 
 namespace Vostrel::streamencoder {
 
 /// The two encodings. The numbers are those of a recording.
 enum class Codec : uint8_t { Ict = 0, Lbe = 1 };
+
+/// How a codec writes the lengths of its records.
+constexpr const libimagedecoder::RecordLengthCode&
+LengthCodeOf(Codec codec, const libimagedecoder::UpdateRules& rules) {
+    switch (codec) {
+    case Codec::Ict:
+        return rules.m_IctLength;
+    case Codec::Lbe:
+        return rules.m_LbeLength;
+    }
+    throw std::invalid_argument("The codec is unknown");
+}
 
 /// The numbers are those by which a viewer creates its decoder.
 enum class ChromaSubsampling : uint8_t { Yuv420 = 0, Yuv422 = 1, Yuv444 = 2 };

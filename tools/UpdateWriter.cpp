@@ -6,6 +6,8 @@
 
 namespace Vostrel::streamencoder {
 
+using namespace libimagedecoder;
+
 namespace {
 
 constexpr size_t BytesTouched(size_t bits) {
@@ -15,23 +17,25 @@ constexpr size_t BytesTouched(size_t bits) {
 SkipForm ShortestSkipForm(size_t skipped) {
     if (skipped == 0)
         return SkipForm::OneBit;
-    return skipped < 64 ? SkipForm::SixBits : SkipForm::Long;
+    return skipped < size_t{1} << ShortSkipBits ? SkipForm::SixBits : SkipForm::Long;
+}
+
+/// Throws std::invalid_argument for a version that does not exist.
+const UpdateRules& CheckedRules(unsigned protocolVersion) {
+    if (protocolVersion >= s_aUpdateRules.size())
+        throw std::invalid_argument("The protocol version must be 0, 1 or 2");
+    return RulesOf(protocolVersion);
 }
 
 } // namespace
 
 UpdateWriter::UpdateWriter(const UpdateFormat& format)
-    : m_format(format), m_uiLongCountBits(format.m_uiProtocolVersion == 0 ? 14 : 16),
-      m_uiEndMarker((1U << m_uiLongCountBits) - 1) {
-    if (format.m_uiProtocolVersion > 2)
-        throw std::invalid_argument("The protocol version must be 0, 1 or 2");
-    if (format.m_codec == Codec::Ict) {
-        m_vLengthForms = {{0, 0, 8}};
-    } else {
-        m_vLengthForms = {{0, 1, 7}, {1, 1, 10}};
-        if (format.m_bLongLengthPrefix)
-            m_vLengthForms.erase(m_vLengthForms.begin());
-    }
+    : m_format(format), m_rules(CheckedRules(format.m_uiProtocolVersion)) {
+    const RecordLengthCode& code = LengthCodeOf(format.m_codec, m_rules);
+    if (!code.HasTwoForms() || !format.m_bLongLengthPrefix)
+        m_vLengthForms.push_back({0, code.PrefixBits(), code.m_uiShortBits});
+    if (code.HasTwoForms())
+        m_vLengthForms.push_back({1, code.PrefixBits(), code.m_uiLongBits});
 }
 
 void UpdateWriter::WriteSkip(size_t skipped) {
@@ -41,12 +45,12 @@ void UpdateWriter::WriteSkip(size_t skipped) {
         m_bits.Write(0b0, 1);
         break;
     case SkipForm::SixBits:
-        m_bits.Write(0b10, 2);
-        m_bits.Write(count, 6);
+        m_bits.Write(ShortSkipPrefix, SkipPrefixBits);
+        m_bits.Write(count, ShortSkipBits);
         break;
     case SkipForm::Long:
-        m_bits.Write(0b11, 2);
-        m_bits.Write(count, m_uiLongCountBits);
+        m_bits.Write(LongSkipPrefix, SkipPrefixBits);
+        m_bits.Write(count, m_rules.m_uiLongSkipBits);
         break;
     }
 }
@@ -79,7 +83,7 @@ void UpdateWriter::WriteBlock(size_t skipped, const BitWriter& block) {
 
     const size_t recordStart = m_bits.GetBitCount();
     WriteSkip(skipped);
-    if (m_format.m_uiProtocolVersion < 2) {
+    if (!LengthCodeOf(m_format.m_codec, m_rules).IsThere()) {
         m_bits.Append(block);
         return;
     }
@@ -96,8 +100,8 @@ void UpdateWriter::WriteBlock(size_t skipped, const BitWriter& block) {
 }
 
 std::vector<uint8_t> UpdateWriter::Finish() {
-    m_bits.Write(0b11, 2);
-    m_bits.Write(m_uiEndMarker, m_uiLongCountBits);
+    m_bits.Write(LongSkipPrefix, SkipPrefixBits);
+    m_bits.Write(m_rules.LongSkipEscape(), m_rules.m_uiLongSkipBits);
     return std::exchange(m_bits, BitWriter()).GetBytes();
 }
 

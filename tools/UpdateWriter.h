@@ -17,7 +17,7 @@ public:
     explicit UpdateWriter(const UpdateFormat& format);
 
     /// The most blocks that one skip code can pass over.
-    size_t GetMaxSkip() const { return m_uiEndMarker - 1; }
+    size_t GetMaxSkip() const { return m_rules.LongSkipEscape() - 1; }
 
     /// Appends a coded block that comes after `skipped` (0..GetMaxSkip()) unchanged ones.
     void WriteBlock(size_t skipped, const BitWriter& block);
@@ -43,8 +43,7 @@ private:
     LengthField ChooseLength(size_t recordStart, size_t blockBits) const;
 
     UpdateFormat m_format;
-    unsigned m_uiLongCountBits;
-    uint32_t m_uiEndMarker;
+    const libimagedecoder::UpdateRules& m_rules;
     std::vector<LengthForm> m_vLengthForms;
     BitWriter m_bits;
 };

@@ -35,7 +35,9 @@ void QuantisePlane(const Plane& samples, const IctQuantiser& quantiser, LevelPla
 class MacroblockWriter {
 public:
     MacroblockWriter(const LevelPicture& picture, const UpdateFormat& format)
-        : m_picture(picture), m_bKeepsPredictors(format.m_uiProtocolVersion == 0) {}
+        : m_picture(picture),
+          m_bKeepsPredictors(
+              !libimagedecoder::RulesOf(format.m_uiProtocolVersion).m_bPredictorsRestart) {}
 
     void Write(size_t column, size_t row, BitWriter& bits) {
         if (!m_bKeepsPredictors)

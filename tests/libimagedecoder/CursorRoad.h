@@ -1,6 +1,7 @@
 #pragma once
 
 #include "libimagedecoder/BitStreamReader.h"
+#include "libimagedecoder/StreamWindow.h"
 #include "tests/support/PiecewiseStreambuffer.h"
 
 #include <gtest/gtest.h>
@@ -18,6 +19,20 @@ struct CursorRoad {
     tests::PiecewiseStreambuffer m_Stream{nullptr};
     BitStreamReader m_Reader{&m_Stream, 0, 0, 0, 0};
 };
+
+/// The next 1 to 16 bits: from the window, or by its reader where the window declines.
+inline uint32_t ReadBits(StreamWindow& window, BitStreamReader& reader, uint32_t count) {
+    if (window.IsReady()) {
+        BitRegister bits = window.GetBits();
+        bits.Refill();
+        const auto value = static_cast<uint32_t>(bits.Peek(count));
+        bits.Skip(count);
+        if (window.CommitRead(bits, count))
+            return value;
+    }
+    window.GiveBack();
+    return reader.ReadStreamBits(count);
+}
 
 inline void ExpectSameState(const CursorRoad& a, const CursorRoad& b) {
     const BitReaderState& stateA = a.m_Reader.GetState();

@@ -249,7 +249,7 @@ TEST_P(LbePlaneCursorWith, AReaderWhoseBitsAreNotTheWindowsIsDeclined) {
     // The last byte fetched is 0b10101010.
     const BitReaderState states[] = {
         {0, 0, 0b101, 3},      // not its low bits
-        {0b01, 2, 0b010, 3},   // bits in the reader's window
+        {0b10, 2, 0b010, 3},   // nor those above
         {0, 0, 0b10101010, 8}, // more than a read leaves
     };
     for (const BitReaderState& state : states) {

@@ -26,7 +26,7 @@ void Pause() {
     std::this_thread::sleep_for(std::chrono::milliseconds(20));
 }
 
-/// Jobs of which each calls a function of its own.
+/// Records of which each calls a function of its own.
 class Jobs {
 public:
     using Decode = std::function<void(unsigned int)>;
@@ -37,9 +37,12 @@ public:
 
     UpdateJobs* operator->() { return &m_Jobs; }
 
-    MacroblockJob& Add(Decode decode) {
-        MacroblockJob& record = m_Jobs.NewRecord();
-        record.m_uiHeldBytes = m_uiAdded;
+    MacroblockRecord& Add(Decode decode) {
+        if (m_vBatches.empty() || m_Jobs.NextBeginsBatch())
+            m_vBatches.push_back(0);
+        ++m_vBatches.back();
+        MacroblockRecord& record = m_Jobs.NewRecord();
+        record.m_Macroblock.m_uiLeft = m_uiAdded;
         m_vDecodes[m_uiAdded++] = std::move(decode);
         m_Jobs.AddRecord();
         return record;
@@ -50,13 +53,8 @@ public:
     void Run(Walk walk, size_t macroblocks = 1u << 20) {
         m_uiAdded = 0;
         m_vBatches.clear();
-        m_Jobs.Run(macroblocks, walk, [this](MacroblockBatch& batch) -> UpdateJobs::Function {
-            m_vBatches.push_back(batch.m_uiJobs);
-            return [this, &batch](unsigned int worker) {
-                m_Jobs.DecodeBatch(batch, [&](MacroblockJob& record) {
-                    m_vDecodes[record.m_uiHeldBytes](worker);
-                });
-            };
+        m_Jobs.Run(macroblocks, walk, [this](MacroblockRecord& record, unsigned int worker) {
+            m_vDecodes[record.m_Macroblock.m_uiLeft](worker);
         });
     }
 
@@ -79,7 +77,7 @@ public:
         }
     }
 
-    /// Of the last run: how many jobs each batch had.
+    /// Of the last run: how many records each batch had.
     const std::vector<size_t>& Batches() const { return m_vBatches; }
 
 private:
@@ -93,15 +91,14 @@ private:
 
 void Nothing(unsigned int) {}
 
-constexpr size_t BatchSize = MacroblockBatch::Capacity;
+constexpr size_t BatchSize = RecordBatch::Capacity;
 
 TEST(UpdateJobs, WithoutAPoolTheWalkRunsAlone) {
     UpdateJobs jobs(nullptr, 0);
     EXPECT_FALSE(jobs.HasPool());
     bool walked = false;
-    const UpdateJobs::Schedule never = [](MacroblockBatch&) -> UpdateJobs::Function {
-        ADD_FAILURE() << "there is nothing to schedule";
-        return {};
+    const UpdateJobs::DecodeRecord never = [](MacroblockRecord&, unsigned int) {
+        ADD_FAILURE() << "there is nothing to decode";
     };
     jobs.Run(
         10, [&] { walked = true; }, never);
@@ -149,7 +146,7 @@ TEST(UpdateJobs, ARecordThatWasNotAddedDoesNotCount) {
     int decoded = 0;
     EXPECT_EQ(jobs.Failure([&] {
         jobs.Add([&](unsigned int) { ++decoded; });
-        jobs->NewRecord().m_uiHeldBytes = 0;
+        jobs->NewRecord().m_Macroblock.m_uiLeft = 0;
         throw std::runtime_error("walk");
     }),
               "walk");
@@ -220,21 +217,21 @@ TEST(UpdateJobs, AFailureIsToldOnce) {
 TEST(UpdateJobs, RecordsStayWhereTheyAreAndAreUsedAgain) {
     Jobs jobs(1);
     const auto addMany = [&] {
-        std::vector<MacroblockJob*> records;
+        std::vector<MacroblockRecord*> records;
         jobs.Run([&] {
             for (size_t i = 0; i < 5000; ++i)
                 records.push_back(&jobs.Add(Nothing));
         });
         return records;
     };
-    const std::vector<MacroblockJob*> first = addMany();
-    EXPECT_EQ(std::set<MacroblockJob*>(first.begin(), first.end()).size(), 5000u);
+    const std::vector<MacroblockRecord*> first = addMany();
+    EXPECT_EQ(std::set<MacroblockRecord*>(first.begin(), first.end()).size(), 5000u);
     EXPECT_EQ(addMany(), first);
 }
 
 TEST(UpdateJobs, AFinishedJobHasFreedTheSegmentItOwned) {
     Jobs jobs(1);
-    MacroblockJob* record = nullptr;
+    MacroblockRecord* record = nullptr;
     for (const bool failing : {false, true}) {
         jobs.Failure([&] {
             jobs->NewRecord().m_puiOwned = std::make_unique<uint8_t[]>(100);

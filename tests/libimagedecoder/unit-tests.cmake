@@ -26,4 +26,5 @@ set(UNIT_TEST_SOURCES
     RendererArgbTest.cpp
     RendererPlanesTest.cpp
     RendererTest.cpp
+    StreamWindowTest.cpp
     StreambufferTest.cpp)

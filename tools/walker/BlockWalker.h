@@ -25,9 +25,6 @@ public:
     /// The walker of an update. Throws WalkError for a quality that the encoding does not have.
     static std::unique_ptr<BlockWalker> Make(const WalkFormat& format, uint32_t quality);
 
-    /// Reads the length field of version 2.
-    virtual uint32_t ReadLength(BitCursor& bits) = 0;
-
     /// Walks the tiles of a macroblock.
     virtual void Walk(BitCursor& bits, IStreamVisitor& visitor) = 0;
 

@@ -1,7 +1,7 @@
 #include "tools/walker/IctBlockWalker.h"
 
 #include "libimagedecoder/HuffmanYCbCrDcAc.h"
-#include "libimagedecoder/IImageDecoder.h"
+#include "libimagedecoder/IctSyntax.h"
 #include "libimagedecoder/ImageDecoderIct.h"
 
 #include <span>
@@ -10,15 +10,12 @@
 namespace Vostrel::walker {
 
 using libimagedecoder::HuffmanYCbCrDcAc;
-using libimagedecoder::IImageDecoder;
 using libimagedecoder::ImageDecoderIct;
+using libimagedecoder::LumaTiles;
 using libimagedecoder::TileCoefficients;
 
 namespace {
 
-constexpr unsigned LengthBits = 8;
-constexpr size_t LumaTiles = 4;
-constexpr unsigned AbortMarker = 12;
 constexpr unsigned PeekBits = 16;
 
 using EncodeTable = std::span<const HuffmanYCbCrDcAc::HuffCodeEntry>;
@@ -30,14 +27,10 @@ std::string BitText(uint32_t bits, size_t count) {
     return text;
 }
 
-/// A value of size bits, of which patterns with a clear top bit are negative.
 int ReadValue(BitCursor& bits, unsigned size, const char* what) {
     if (size == 0)
         return 0;
-    const uint32_t pattern = bits.Read(size, what);
-    const bool positive = (pattern & IImageDecoder::m_sign[size]) != 0;
-    return static_cast<int>(pattern) -
-           (positive ? 0 : static_cast<int>(IImageDecoder::m_cats[size]));
+    return libimagedecoder::ExtendIctValue(bits.Read(size, what), size);
 }
 
 } // namespace
@@ -88,10 +81,6 @@ const IctCodes& Codes() {
 IctBlockWalker::IctBlockWalker(const WalkFormat& format)
     : m_uiChromaTiles(LumaTiles / ChromaDivX(format.m_chroma) / ChromaDivY(format.m_chroma)) {}
 
-uint32_t IctBlockWalker::ReadLength(BitCursor& bits) {
-    return bits.Read(LengthBits, "8 bits of a length");
-}
-
 void IctBlockWalker::Walk(BitCursor& bits, IStreamVisitor& visitor) {
     const IctCodes& codes = Codes();
     size_t index = 0;
@@ -124,7 +113,7 @@ Symbol IctBlockWalker::WalkDc(const IctCode& dc, BitCursor& bits) {
     Symbol symbol;
     symbol.m_kind = SymbolKind::DcDifference;
     dc.Read(bits, symbol, "a DC code");
-    if (symbol.m_uiSize == AbortMarker)
+    if (symbol.m_uiSize == libimagedecoder::IctAbortMarker)
         throw WalkError(symbol.m_bits.m_uiFirst, "a DC code of size 0 to 11",
                         symbol.m_bUnassigned ? "1111111111, which aborts the update"
                                              : "1111111110, the marker that aborts an update",

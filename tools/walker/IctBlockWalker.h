@@ -11,7 +11,6 @@ class IctBlockWalker : public BlockWalker {
 public:
     explicit IctBlockWalker(const WalkFormat& format);
 
-    uint32_t ReadLength(BitCursor& bits) override;
     void Walk(BitCursor& bits, IStreamVisitor& visitor) override;
 
 private:

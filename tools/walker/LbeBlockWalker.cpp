@@ -1,31 +1,25 @@
 #include "tools/walker/LbeBlockWalker.h"
 
+#include "libimagedecoder/LbeSyntax.h"
+#include "libimagedecoder/Macroblock.h"
+#include "libimagedecoder/UpdateSyntax.h"
+
 #include <algorithm>
 
 namespace Vostrel::walker {
 namespace {
 
-constexpr size_t LumaSamples = 256;
-constexpr unsigned LongLengthBits = 10;
-constexpr unsigned ShortLengthBits = 7;
-constexpr unsigned LongRunBits = 8;
-constexpr unsigned ChromaLongRunBitsOfVersion0 = 6;
-constexpr unsigned ShortestLongRun = 3;
-constexpr uint32_t CountFollows = 14;
-constexpr uint32_t ToPlaneEnd = 15;
+using namespace libimagedecoder;
+
+constexpr size_t LumaSamples = MacroblockEdge * MacroblockEdge;
 
 } // namespace
 
 LbeBlockWalker::LbeBlockWalker(const WalkFormat& format, const libimagedecoder::LbeQuality& quality)
-    : m_luma{LumaSamples, quality.m_uiLumaBits, LongRunBits},
+    : m_luma{LumaSamples, quality.m_uiLumaBits, LbeLumaCountBits},
       m_chroma{LumaSamples / ChromaDivX(format.m_chroma) / ChromaDivY(format.m_chroma),
                2U * quality.m_uiChromaBits,
-               format.m_uiProtocolVersion == 0 ? ChromaLongRunBitsOfVersion0 : LongRunBits} {}
-
-uint32_t LbeBlockWalker::ReadLength(BitCursor& bits) {
-    const bool isLong = bits.Read(1, "the first bit of a length") != 0;
-    return bits.Read(isLong ? LongLengthBits : ShortLengthBits, "the bits of a length");
-}
+               RulesOf(format.m_uiProtocolVersion).m_uiLbeChromaCountBits} {}
 
 void LbeBlockWalker::Walk(BitCursor& bits, IStreamVisitor& visitor) {
     BeginTile(0, libimagedecoder::ComponentY, bits);
@@ -68,12 +62,12 @@ Symbol LbeBlockWalker::WalkSymbol(const PlaneFormat& plane, size_t sample, BitCu
 size_t LbeBlockWalker::ReadRun(const PlaneFormat& plane, size_t samplesLeft, BitCursor& bits) {
     if (bits.Read(1, "the form of a run") == 0)
         return bits.Read(1, "the length of a short run") + 1;
-    const uint32_t code = bits.Read(4, "the length of a long run");
-    if (code == ToPlaneEnd)
+    const uint32_t code = bits.Read(LbeRunCodeBits, "the length of a long run");
+    if (code == LbeRunToPlaneEnd)
         return samplesLeft;
-    if (code == CountFollows)
-        return bits.Read(plane.m_uiLongRunBits, "the count of a long run") + ShortestLongRun;
-    return code + ShortestLongRun;
+    if (code == LbeCountFollows)
+        return bits.Read(plane.m_uiLongRunBits, "the count of a long run") + LbeShortestLongRun;
+    return code + LbeShortestLongRun;
 }
 
 } // namespace Vostrel::walker

@@ -10,7 +10,6 @@ class LbeBlockWalker : public BlockWalker {
 public:
     LbeBlockWalker(const WalkFormat& format, const libimagedecoder::LbeQuality& quality);
 
-    uint32_t ReadLength(BitCursor& bits) override;
     void Walk(BitCursor& bits, IStreamVisitor& visitor) override;
 
 private:

@@ -1,5 +1,6 @@
 #include "tools/walker/StreamWalker.h"
 
+#include "libimagedecoder/UpdateSyntax.h"
 #include "tools/walker/IctBlockWalker.h"
 #include "tools/walker/LbeBlockWalker.h"
 
@@ -9,13 +10,13 @@ namespace Vostrel::walker {
 
 using libimagedecoder::MacroblockEdge;
 using libimagedecoder::RoundedUpToMacroblocks;
+using libimagedecoder::RulesOf;
 using libimagedecoder::UpdateRectangle;
 
 namespace {
 
 constexpr size_t PaddingBytes = 2; ///< that a stream hands out behind its end
 constexpr size_t SlackBytes = 4;   ///< that follow a record which was cut
-constexpr unsigned ShortCountBits = 6;
 
 constexpr size_t BytesTouched(size_t bits) {
     return (bits + 7) / 8;
@@ -29,7 +30,7 @@ std::unique_ptr<BlockWalker> BlockWalker::Make(const WalkFormat& format, uint32_
 
     if (format.m_codec == streamencoder::Codec::Ict)
         return std::make_unique<IctBlockWalker>(format);
-    const uint32_t masked = quality & (format.m_uiProtocolVersion == 0 ? 7 : 15);
+    const uint32_t masked = quality & RulesOf(format.m_uiProtocolVersion).m_uiLbeQualityMask;
     if (masked - LowestLbeQuality >= s_aLbeQualities.size())
         throw WalkError(0, "a quality of 2 to 11", "quality " + std::to_string(masked),
                         "The quality is unknown");
@@ -42,8 +43,8 @@ public:
     Walking(const WalkFormat& format, const streamencoder::EncodedUpdate& update,
             IStreamVisitor& visitor)
         : m_format(format), m_update(update), m_visitor(visitor),
-          m_bits(update.m_vuiPayload, PaddingBytes),
-          m_uiLongCountBits(format.m_uiProtocolVersion == 0 ? 14 : 16) {}
+          m_bits(update.m_vuiPayload, PaddingBytes), m_rules(RulesOf(format.m_uiProtocolVersion)),
+          m_length(LengthCodeOf(format.m_codec, m_rules)) {}
 
     WalkEnd Walk(const std::optional<Resolution>& resolution);
     void Tell(const WalkError& error) const;
@@ -59,7 +60,8 @@ private:
     const streamencoder::EncodedUpdate& m_update;
     IStreamVisitor& m_visitor;
     BitCursor m_bits;
-    unsigned m_uiLongCountBits;
+    const libimagedecoder::UpdateRules& m_rules;
+    const libimagedecoder::RecordLengthCode& m_length;
     std::unique_ptr<BlockWalker> m_pBlocks;
     std::optional<size_t> m_macroblock; ///< the one that is being walked
     bool m_bInTiles = false;
@@ -92,20 +94,14 @@ WalkEnd StreamWalker::Walking::Walk(const std::optional<Resolution>& resolution)
     return end;
 }
 
-/// 0: none. 10 and six bits: that many. 11 and a long count, of which all ones end the update.
 SkipCode StreamWalker::Walking::ReadSkip() {
-    constexpr const char* What = "a skip code";
     m_macroblock.reset();
     const size_t first = m_bits.GetPosition();
-    std::optional<size_t> count = 0;
-    if (m_bits.Read(1, What) != 0) {
-        const bool isLong = m_bits.Read(1, What) != 0;
-        const unsigned bits = isLong ? m_uiLongCountBits : ShortCountBits;
-        count = m_bits.Read(bits, What);
-        if (isLong && *count == (size_t{1} << bits) - 1)
-            count.reset();
-    }
-    const SkipCode skip{{first, m_bits.GetPosition() - first}, count};
+    const auto code =
+        ReadSkipCode(m_rules, [this](unsigned count) { return m_bits.Read(count, "a skip code"); });
+    SkipCode skip{{first, m_bits.GetPosition() - first}, {}};
+    if (!code.m_bEnd)
+        skip.m_count = code.m_uiSkipped;
     m_visitor.OnSkip(skip);
     return skip;
 }
@@ -117,9 +113,10 @@ void StreamWalker::Walking::WalkCoded(size_t index, const SkipCode& skip) {
     const size_t columns = m_update.m_rectangle.MacroblockColumns();
     block.m_place = {index % columns * MacroblockEdge, index / columns * MacroblockEdge};
     block.m_record.m_uiFirst = skip.m_bits.m_uiFirst;
-    if (m_format.m_uiProtocolVersion >= 2) {
+    if (m_length.IsThere()) {
         block.m_length.m_uiFirst = m_bits.GetPosition();
-        block.m_uiLength = m_pBlocks->ReadLength(m_bits);
+        block.m_uiLength = ReadRecordLength(
+            m_length, [this](unsigned count) { return m_bits.Read(count, "a length"); });
         block.m_length.m_uiCount = m_bits.GetPosition() - block.m_length.m_uiFirst;
     }
     if (m_format.m_bPool && block.m_uiLength != 0)
