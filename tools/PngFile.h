@@ -2,6 +2,7 @@
 
 #include "tools/Picture.h"
 
+#include <cstdio>
 #include <string>
 
 namespace Vostrel::streamencoder {
@@ -11,7 +12,10 @@ namespace Vostrel::streamencoder {
 Picture ReadPng(const std::string& path);
 
 /// Writes a picture as an 8-bit RGB PNG file. Throws std::runtime_error with the path and the
-/// reason.
+/// reason; what was written then stays.
 void WritePng(const std::string& path, const Picture& picture);
+
+/// The same to a file that is open for writing, and stays open. path: for messages.
+void WritePng(std::FILE* file, const std::string& path, const Picture& picture);
 
 } // namespace Vostrel::streamencoder

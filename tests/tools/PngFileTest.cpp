@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <filesystem>
 #include <stdexcept>
 
 namespace Vostrel::streamencoder {
@@ -39,6 +40,13 @@ TEST(PngFile, FailuresNameThePath) {
             EXPECT_EQ(std::string(error.what()).find(path + ": "), 0U) << error.what();
         }
     }
+}
+
+TEST(PngFile, AFailedWriteLeavesWhatStandsThere) {
+    const std::string link = testing::TempDir() + "PngFileTest-device";
+    std::filesystem::create_symlink("/dev/full", link);
+    EXPECT_THROW(WritePng(link, Picture(100, 100)), std::runtime_error);
+    EXPECT_TRUE(std::filesystem::remove(link));
 }
 
 } // namespace

@@ -129,7 +129,7 @@ int Decoding::Run(RecordingReader& reader) {
     if (!m_request.m_output.empty() && !m_request.m_bEveryPicture)
         WriteShown(m_request.m_output);
     m_frameTimes.Close();
-    if (!m_request.m_bQuiet && m_request.m_frameTimes != StandardOutput)
+    if (!m_request.m_bQuiet && !IsStandardOutput(m_request.m_frameTimes))
         PrintSummary();
     return Outcome();
 }

@@ -154,8 +154,8 @@ int Encode(const EncodeRequest& request) {
     }
     const recording::Header header = HeaderFor(request);
     MakeEncoder(header, request.m_quality); // Refuses a wrong quality before there is a file.
-    WriteWhole(request.m_output, request.m_bForce, [&](const std::string& path) {
-        Recorder recorder(path, header);
+    WriteWhole(request.m_output, request.m_bForce, [&](std::FILE* file) {
+        Recorder recorder(file, request.m_output, header);
         EncodeFrames(request, recorder);
     });
     return Done;

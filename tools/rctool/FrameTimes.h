@@ -4,8 +4,7 @@
 #include "tools/rctool/StopWatch.h"
 #include "tools/recording/Player.h"
 
-#include <fstream>
-#include <iosfwd>
+#include <cstdio>
 #include <optional>
 #include <string>
 
@@ -25,10 +24,7 @@ public:
     void Close();
 
 private:
-    std::string m_path;
     std::optional<OutputFile> m_output;
-    std::ofstream m_file;
-    std::ostream* m_pOut = nullptr;
 };
 
 } // namespace Vostrel::rctool

@@ -68,8 +68,9 @@ int MakeHeatmap(const HeatmapRequest& request) {
     });
     if (request.m_update && *request.m_update >= number)
         throw NoSuchUpdate(request.m_recording, number);
-    WriteWhole(request.m_output, request.m_bForce, [&](const std::string& path) {
-        WritePng(path, heatmap.Paint(player.GetFramebuffer().GetPicture()));
+    WriteWhole(request.m_output, request.m_bForce, [&](std::FILE* file) {
+        streamencoder::WritePng(file, request.m_output,
+                                heatmap.Paint(player.GetFramebuffer().GetPicture()));
     });
     if (!request.m_bQuiet)
         std::printf("the most: %.0f %s\n", heatmap.GetMost(),

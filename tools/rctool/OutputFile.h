@@ -1,53 +1,52 @@
 #pragma once
 
-#include <stdexcept>
+#include "tools/rctool/Destination.h"
+
+#include <cstdio>
 #include <string>
 
 namespace Vostrel::rctool {
-
-/// A path that names the standard output.
-constexpr const char* StandardOutput = "-";
 
 /// Throws std::runtime_error for a file that exists, unless it is to be replaced, and for a folder.
 void CheckOutput(const std::string& path, bool replace);
 
 /// A file that appears under its name when it is complete: until then it has another one beside it.
-/// Devices and pipes are written to directly.
+/// A symbolic link to a file is kept, and its target replaced. The standard output, devices and
+/// pipes are written to directly. Nothing but the incomplete file is ever removed.
 class OutputFile {
 public:
-    /// Throws as CheckOutput does.
+    /// Opens it. Throws std::runtime_error as CheckOutput does, and when the file system fails.
     OutputFile(const std::string& path, bool replace);
 
-    /// Removes what has not been committed.
+    /// Closes the file, and removes one that has not been committed.
     ~OutputFile();
     OutputFile(const OutputFile&) = delete;
     OutputFile& operator=(const OutputFile&) = delete;
 
-    /// Where to write.
-    const std::string& GetPath() const { return m_written; }
+    /// Where to write. Errors may be left to Commit, which finds them.
+    std::FILE* GetFile() const { return m_pFile; }
 
-    /// A message that names where it was written, with the file's own name instead.
-    std::string WithOwnName(std::string message) const;
-
-    /// Gives the complete file its name. Throws std::runtime_error.
+    /// Closes the file and gives it its name. Throws std::runtime_error when not all was written.
     void Commit();
 
 private:
-    std::string m_path;
-    std::string m_written;
+    void OpenBesides();
+    void Close();
+
+    std::string m_path; ///< for messages
+    Destination m_destination;
+    bool m_bReplace;
+    std::string m_part; ///< the name of an incomplete file; empty without one
+    std::FILE* m_pFile = nullptr;
 };
 
-/// Writes a file as a whole: write(path) is told where, and throws std::runtime_error when it
-/// fails. Throws the same, with the file's own name.
+/// Writes a file as a whole: write(file) writes to a std::FILE*. Throws std::runtime_error with the
+/// path and the reason.
 template <class Write>
 void WriteWhole(const std::string& path, bool replace, Write write) {
-    OutputFile file(path, replace);
-    try {
-        write(file.GetPath());
-    } catch (const std::runtime_error& error) {
-        throw std::runtime_error(file.WithOwnName(error.what()));
-    }
-    file.Commit();
+    OutputFile output(path, replace);
+    write(output.GetFile());
+    output.Commit();
 }
 
 } // namespace Vostrel::rctool

@@ -3,33 +3,16 @@
 #include "tools/PngFile.h"
 #include "tools/rctool/OutputFile.h"
 
-#include <cerrno>
 #include <cstdio>
 #include <filesystem>
-#include <fstream>
-#include <span>
-#include <stdexcept>
-#include <system_error>
 
 namespace Vostrel::rctool {
 namespace {
 
-void WriteFile(const std::string& path, const std::string& head, std::span<const uint8_t> bytes) {
-    std::ofstream out(path, std::ios::binary);
-    out << head;
-    out.write(reinterpret_cast<const char*>(bytes.data()),
-              static_cast<std::streamsize>(bytes.size()));
-    out.close();
-    if (!out)
-        throw std::runtime_error(path + ": " + std::generic_category().message(errno));
-}
-
-void WritePpm(const std::string& path, const streamencoder::Picture& picture) {
-    const auto* const samples = reinterpret_cast<const uint8_t*>(picture.m_vPixels.data());
-    WriteFile(path,
-              "P6\n" + std::to_string(picture.m_uiWidth) + " " +
-                  std::to_string(picture.m_uiHeight) + "\n255\n",
-              {samples, picture.m_vPixels.size() * sizeof(streamencoder::RgbPixel)});
+void WritePpm(std::FILE* file, const streamencoder::Picture& picture) {
+    std::fprintf(file, "P6\n%zu %zu\n255\n", picture.m_uiWidth, picture.m_uiHeight);
+    std::fwrite(picture.m_vPixels.data(), sizeof(streamencoder::RgbPixel), picture.m_vPixels.size(),
+                file);
 }
 
 } // namespace
@@ -45,17 +28,17 @@ PictureFormat FormatOf(const std::string& path) {
 
 void WritePicture(const std::string& path, PictureFormat format,
                   const recording::Framebuffer& framebuffer, bool replace) {
-    WriteWhole(path, replace, [&](const std::string& written) {
+    WriteWhole(path, replace, [&](std::FILE* file) {
         switch (format) {
         case PictureFormat::Png:
-            WritePng(written, framebuffer.GetPicture());
+            WritePng(file, path, framebuffer.GetPicture());
             break;
         case PictureFormat::Ppm:
-            WritePpm(written, framebuffer.GetPicture());
+            WritePpm(file, framebuffer.GetPicture());
             break;
         case PictureFormat::Argb:
         case PictureFormat::Planes:
-            WriteFile(written, "", framebuffer.GetBytes());
+            std::fwrite(framebuffer.GetBytes().data(), 1, framebuffer.GetBytes().size(), file);
             break;
         }
     });

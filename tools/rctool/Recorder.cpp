@@ -1,6 +1,7 @@
 #include "tools/rctool/Recorder.h"
 
 #include "tools/rctool/RecordedUpdates.h"
+#include "tools/rctool/StdioStream.h"
 
 #include <filesystem>
 
@@ -23,10 +24,11 @@ void CheckThatItCanGoOn(const std::string& path, const RecordingEnd& end, bool d
 
 } // namespace
 
-Recorder::Recorder(const std::string& path, const Header& header)
+Recorder::Recorder(std::FILE* file, const std::string& path, const Header& header)
     : m_path(path), m_header(header), m_pPlayer(std::make_unique<Player>(header, PlayerOptions{})) {
     m_header.m_uiThreads = m_pPlayer->GetThreads();
-    m_pWriter = std::make_unique<RecordingWriter>(path, m_header);
+    m_pWriter = std::make_unique<RecordingWriter>(std::make_unique<StdioStream>(file), m_header,
+                                                  path + ": ");
 }
 
 Recorder::Recorder(const std::string& path, bool dropRest) : m_path(path) {

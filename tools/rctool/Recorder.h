@@ -5,6 +5,7 @@
 #include "tools/recording/RecordingWriter.h"
 
 #include <cstdint>
+#include <cstdio>
 #include <memory>
 #include <optional>
 #include <string>
@@ -15,8 +16,8 @@ namespace Vostrel::rctool {
 /// Records updates with what a decoder makes of them.
 class Recorder {
 public:
-    /// Begins a recording, which replaces a file of the same name. Throws RecordingError.
-    Recorder(const std::string& path, const recording::Header& header);
+    /// Begins a recording in a file that is open for writing. Throws RecordingError with the path.
+    Recorder(std::FILE* file, const std::string& path, const recording::Header& header);
 
     /// Goes on with a recording, which is played to its end. Throws RecordingError for one that is
     /// cut or damaged, unless what is not good of it may be dropped.

@@ -44,15 +44,14 @@ std::vector<uint8_t> Compress(const std::vector<uint8_t>& bytes) {
 
 } // namespace
 
-RecordingWriter::RecordingWriter(std::unique_ptr<std::ostream> out, const Header& header)
-    : m_pOut(std::move(out)) {
+RecordingWriter::RecordingWriter(std::unique_ptr<std::ostream> out, const Header& header,
+                                 const std::string& name)
+    : m_name(name), m_pOut(std::move(out)) {
     WriteHeader(header);
 }
 
 RecordingWriter::RecordingWriter(const std::string& path, const Header& header)
-    : m_name(path + ": "), m_pOut(OpenFile(path, std::ios::trunc)) {
-    WriteHeader(header);
-}
+    : RecordingWriter(OpenFile(path, std::ios::trunc), header, path + ": ") {}
 
 RecordingWriter::RecordingWriter(const std::string& path, uint64_t end,
                                  std::vector<IndexEntry> updates)

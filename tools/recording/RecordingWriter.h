@@ -15,8 +15,9 @@ namespace Vostrel::recording {
 /// Every operation throws RecordingError, which names the file, when the file system fails.
 class RecordingWriter {
 public:
-    /// Writes the header.
-    RecordingWriter(std::unique_ptr<std::ostream> out, const Header& header);
+    /// Writes the header. name: what messages begin with, such as "FILE: ".
+    RecordingWriter(std::unique_ptr<std::ostream> out, const Header& header,
+                    const std::string& name = "");
 
     /// The same for a new file, which replaces one of the same name.
     RecordingWriter(const std::string& path, const Header& header);

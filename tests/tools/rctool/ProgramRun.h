@@ -13,9 +13,9 @@ struct ProgramRun {
     std::string m_output; ///< of both channels, or of the output alone
 };
 
-/// Runs rctool with a shell's command line. errors: where its error channel goes.
-inline ProgramRun RunRctool(const std::string& arguments, const std::string& errors = "2>&1") {
-    const std::string command = std::string(RCTOOL_PATH) + " " + arguments + " " + errors;
+/// Runs a shell's command line, in which $rctool is the program.
+inline ProgramRun RunShell(const std::string& line) {
+    const std::string command = "rctool=" RCTOOL_PATH "; " + line;
     FILE* pipe = popen(command.c_str(), "r");
     std::string output;
     char buffer[4096];
@@ -24,6 +24,11 @@ inline ProgramRun RunRctool(const std::string& arguments, const std::string& err
         output.append(buffer, count);
     const int status = pclose(pipe);
     return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, output};
+}
+
+/// Runs rctool with a shell's command line. errors: where its error channel goes.
+inline ProgramRun RunRctool(const std::string& arguments, const std::string& errors = "2>&1") {
+    return RunShell(std::string(RCTOOL_PATH) + " " + arguments + " " + errors);
 }
 
 /// Its output alone.
