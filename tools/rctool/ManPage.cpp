@@ -1,4 +1,5 @@
 #include "tools/rctool/Commands.h"
+#include "tools/rctool/StandardStreams.h"
 
 #include <algorithm>
 #include <cctype>
@@ -111,5 +112,11 @@ int main() {
     std::printf(".SH EXIT STATUS\n");
     const std::string footer = app->get_footer();
     PrintParagraphs(footer.substr(footer.find("Exit status:") + sizeof("Exit status:") - 1));
-    return std::ferror(stdout) != 0 ? 1 : 0;
+    try {
+        FinishStandardOutput();
+        return Done;
+    } catch (const std::runtime_error& error) {
+        std::fprintf(stderr, "rctool_manpage: %s\n", error.what());
+        return FileFailed;
+    }
 }
