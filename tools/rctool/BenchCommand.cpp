@@ -1,4 +1,5 @@
 #include "tools/rctool/Commands.h"
+#include "tools/rctool/Interruption.h"
 #include "tools/rctool/Names.h"
 #include "tools/rctool/Options.h"
 #include "tools/rctool/RecordedUpdates.h"
@@ -50,6 +51,7 @@ Work Load(RecordingReader& reader) {
     walker::IStreamVisitor nobody;
     Work work;
     while (auto record = reader.Next()) {
+        CheckForInterruption();
         if (std::holds_alternative<recording::Settings>(*record))
             throw std::runtime_error("A recording whose settings change cannot be measured");
         auto* const update = std::get_if<RecordedUpdate>(&*record);
@@ -69,8 +71,10 @@ Work Load(RecordingReader& reader) {
 
 size_t PlayAll(Player& player, const Work& work) {
     return static_cast<size_t>(
-        std::count_if(work.m_vUpdates.begin(), work.m_vUpdates.end(),
-                      [&](const auto& update) { return !player.Play(update).m_failure.empty(); }));
+        std::count_if(work.m_vUpdates.begin(), work.m_vUpdates.end(), [&](const auto& update) {
+            CheckForInterruption();
+            return !player.Play(update).m_failure.empty();
+        }));
 }
 
 double MedianOf(std::vector<WorkTime> times, int64_t (*valueOf)(const WorkTime&)) {

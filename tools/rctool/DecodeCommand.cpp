@@ -1,5 +1,6 @@
 #include "tools/rctool/Commands.h"
 #include "tools/rctool/FrameTimes.h"
+#include "tools/rctool/Interruption.h"
 #include "tools/rctool/Names.h"
 #include "tools/rctool/Options.h"
 #include "tools/rctool/OutputFile.h"
@@ -10,7 +11,6 @@
 #include <chrono>
 #include <cstdio>
 #include <stdexcept>
-#include <thread>
 
 namespace Vostrel::rctool {
 
@@ -135,7 +135,7 @@ int Decoding::Run(RecordingReader& reader) {
 }
 
 void Decoding::WaitFor(const RecordedUpdate& update) const {
-    std::this_thread::sleep_until(m_start + std::chrono::microseconds(update.m_uiTime));
+    SleepUntil(m_start + std::chrono::microseconds(update.m_uiTime));
 }
 
 void Decoding::Show(const RecordedUpdate& update) {

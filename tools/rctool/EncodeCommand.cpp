@@ -2,6 +2,7 @@
 #include "tools/LbeEncoder.h"
 #include "tools/PngFile.h"
 #include "tools/rctool/Commands.h"
+#include "tools/rctool/Interruption.h"
 #include "tools/rctool/Options.h"
 #include "tools/rctool/OutputFile.h"
 #include "tools/rctool/Recorder.h"
@@ -123,6 +124,16 @@ void CheckSize(const std::string& frame, const Picture& picture,
                                  std::to_string(settings.m_uiHeight) + " pixels");
 }
 
+Picture ReadFrame(const std::string& frame) {
+    CheckForInterruption();
+    try {
+        return ReadPng(frame);
+    } catch (const std::runtime_error&) {
+        CheckForInterruption(); // A signal ends the wait for a pipe.
+        throw;
+    }
+}
+
 /// The first frame is coded whole, whatever the recording showed before.
 void EncodeFrames(const EncodeRequest& request, Recorder& recorder) {
     const auto encoder = MakeEncoder(recorder.GetHeader(), request.m_quality);
@@ -130,7 +141,7 @@ void EncodeFrames(const EncodeRequest& request, Recorder& recorder) {
     double time = recorder.GetTime() ? static_cast<double>(*recorder.GetTime()) + period : 0;
     std::optional<Picture> previous;
     for (const std::string& frame : request.m_vFrames) {
-        Picture picture = ReadPng(frame);
+        Picture picture = ReadFrame(frame);
         const EncodedUpdate update =
             EncodeFrame(*encoder, frame, picture, previous ? &*previous : nullptr);
         CheckSize(frame, picture, recorder.GetHeader().m_settings);
@@ -143,13 +154,27 @@ void EncodeFrames(const EncodeRequest& request, Recorder& recorder) {
     recorder.Close();
 }
 
+/// Frames that were added when a signal ends the program stay.
+void Append(const EncodeRequest& request) {
+    Recorder recorder(request.m_output, request.m_bForce);
+    try {
+        EncodeFrames(request, recorder);
+    } catch (const Interrupted&) {
+        if (recorder.GetAdded() != 0) {
+            recorder.Close();
+            std::fprintf(stderr, "rctool: %s: %zu of %zu frames were added\n",
+                         request.m_output.c_str(), recorder.GetAdded(), request.m_vFrames.size());
+        }
+        throw;
+    }
+}
+
 int Encode(const EncodeRequest& request) {
     if (request.m_bAppend) {
         if (request.m_codec || request.m_protocol || request.m_chroma || request.m_layout)
             throw std::invalid_argument("--append takes codec, protocol, chroma and layout from "
                                         "the recording");
-        Recorder recorder(request.m_output, request.m_bForce);
-        EncodeFrames(request, recorder);
+        Append(request);
         return Done;
     }
     const recording::Header header = HeaderFor(request);

@@ -1,5 +1,6 @@
 #include "tools/rctool/Commands.h"
 #include "tools/rctool/InfoReport.h"
+#include "tools/rctool/Interruption.h"
 #include "tools/rctool/Options.h"
 #include "tools/rctool/RecordedUpdates.h"
 
@@ -62,8 +63,10 @@ int Info(const InfoRequest& request) {
     report.m_header = reader.GetHeader();
     report.m_bIndexed = reader.ReadIndex().has_value();
     InfoCollector collector(report);
-    while (const auto record = reader.Next())
+    while (const auto record = reader.Next()) {
+        CheckForInterruption();
         std::visit(collector, *record);
+    }
     report.m_end = reader.GetEnd();
     if (request.m_bJson)
         PrintJson(report);

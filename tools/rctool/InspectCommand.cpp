@@ -1,5 +1,6 @@
 #include "tools/rctool/Commands.h"
 #include "tools/rctool/InspectReport.h"
+#include "tools/rctool/Interruption.h"
 #include "tools/rctool/Options.h"
 #include "tools/rctool/RecordedUpdates.h"
 #include "tools/walker/StreamWalker.h"
@@ -50,6 +51,7 @@ public:
         m_block.m_vTiles.push_back(std::exchange(m_tile, {}));
     }
     void OnMacroblock(const walker::Macroblock& block) override {
+        CheckForInterruption();
         m_block.m_block = block;
         EndBlock(block.m_uiIndex);
     }

@@ -1,5 +1,6 @@
 #include "tools/rctool/InspectReport.h"
 
+#include "tools/rctool/Interruption.h"
 #include "tools/rctool/Names.h"
 #include "tools/walker/StreamStatistics.h"
 
@@ -84,8 +85,10 @@ void PrintText(const InspectReport& report) {
                 report.m_uiNumber, static_cast<double>(report.m_update.m_uiTime) / 1e6,
                 area.m_uiWidth, area.m_uiHeight, area.m_uiX, area.m_uiY, encoded.m_uiQuality,
                 encoded.m_vuiPayload.size());
-    for (const SeenBlock& block : report.m_vBlocks)
+    for (const SeenBlock& block : report.m_vBlocks) {
+        CheckForInterruption();
         PrintBlock(block, report.m_codec);
+    }
     if (report.m_fault) {
         PrintFault(*report.m_fault);
         return;

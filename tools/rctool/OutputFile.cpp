@@ -1,5 +1,7 @@
 #include "tools/rctool/OutputFile.h"
 
+#include "tools/rctool/Interruption.h"
+
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -113,6 +115,7 @@ void OutputFile::Commit() {
     Close();
     if (m_part.empty())
         return;
+    CheckForInterruption();
     if (const int error = Rename(m_part, m_destination.m_path, m_bReplace); error == EEXIST)
         throw ExistsFailure(m_path);
     else if (error != 0)

@@ -26,7 +26,8 @@ public:
     /// Where to write. Errors may be left to Commit, which finds them.
     std::FILE* GetFile() const { return m_pFile; }
 
-    /// Closes the file and gives it its name. Throws std::runtime_error when not all was written.
+    /// Closes the file and gives it its name. Throws std::runtime_error when not all was written,
+    /// Interrupted when the program is to end.
     void Commit();
 
 private:

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tools/rctool/Interruption.h"
 #include "tools/recording/Player.h"
 #include "tools/recording/RecordingReader.h"
 #include "tools/walker/BlockWalker.h"
@@ -31,11 +32,12 @@ recording::RecordedUpdate ReadUpdate(recording::RecordingReader& reader, const s
 std::invalid_argument NoSuchUpdate(const std::string& path, size_t updates);
 
 /// Feeds a player with the records of a reader, up to the end or until onUpdate returns false.
-/// onUpdate is called for updates, which it has to play.
+/// onUpdate is called for updates, which it has to play. Throws Interrupted.
 template <class OnUpdate>
 void ForEachUpdate(recording::RecordingReader& reader, recording::Player& player,
                    OnUpdate onUpdate) {
     while (const auto record = reader.Next()) {
+        CheckForInterruption();
         if (const auto* settings = std::get_if<recording::Settings>(&*record))
             player.Apply(*settings);
         else if (const auto* picture = std::get_if<recording::RecordedPicture>(&*record))

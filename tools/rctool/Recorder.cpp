@@ -70,6 +70,7 @@ void Recorder::Write(const EncodedUpdate& encoded, uint64_t time, bool checked) 
         AddChecksum(update);
     m_pWriter->Write(update);
     m_time = time;
+    ++m_uiAdded;
 }
 
 void Recorder::AddChecksum(RecordedUpdate& update) {

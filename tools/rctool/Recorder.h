@@ -4,6 +4,7 @@
 #include "tools/recording/RecordingReader.h"
 #include "tools/recording/RecordingWriter.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <memory>
@@ -34,6 +35,9 @@ public:
     /// Of the last update in microseconds; nothing before the first.
     std::optional<uint64_t> GetTime() const { return m_time; }
 
+    /// How many updates were recorded here, after those that an older recording had.
+    size_t GetAdded() const { return m_uiAdded; }
+
     /// Records an update at a time in microseconds. checked: with a decoder's result and a checksum
     /// of the picture. Throws RecordingError, also for an update that cannot be decoded.
     void Write(const recording::EncodedUpdate& encoded, uint64_t time, bool checked);
@@ -47,6 +51,7 @@ private:
     std::string m_path;
     recording::Header m_header;
     std::optional<uint64_t> m_time;
+    size_t m_uiAdded = 0;
     std::optional<uint64_t> m_oldEnd; ///< of an older recording that is not closed again yet
     std::unique_ptr<recording::Player> m_pPlayer;
     std::unique_ptr<recording::RecordingWriter> m_pWriter;

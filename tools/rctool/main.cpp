@@ -1,9 +1,9 @@
 #include "tools/rctool/Commands.h"
+#include "tools/rctool/Interruption.h"
 #include "tools/rctool/StandardStreams.h"
 
 #include <cstdio>
 #include <exception>
-#include <functional>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -34,27 +34,40 @@ std::optional<int> Parse(CLI::App& app, int argc, char** argv) {
     }
 }
 
-int Run(const std::function<int()>& action) {
+/// What fails after a signal fails because of it.
+int Fail(const char* reason, ExitCode code) {
+    return GetNotedSignal() != 0 ? BySignal : Complain(reason, code);
+}
+
+int Run(const Action& action) {
     try {
         return action();
     } catch (const std::invalid_argument& error) {
-        return Complain(error.what(), WrongUsage);
+        return Fail(error.what(), WrongUsage);
     } catch (const std::exception& error) {
-        return Complain(error.what(), FileFailed);
+        return Fail(error.what(), FileFailed);
     }
+}
+
+/// Of the command and of the end of its output, the latter counts first.
+int RunToTheEnd(const Action& action) {
+    const int code = Run(action);
+    const int finished = Run([] {
+        FinishStandardOutput();
+        return Done;
+    });
+    if (const int signal = GetNotedSignal(); signal != 0)
+        return BySignal + signal;
+    return finished != Done ? finished : code;
 }
 
 } // namespace
 
 int main(int argc, char** argv) {
     ReserveStandardStreams();
+    NoteSignals();
     Action action;
     const auto app = MakeApp(action);
     const std::optional<int> parsed = Parse(*app, argc, argv);
-    const int code = parsed ? *parsed : Run(action);
-    const int finished = Run([] {
-        FinishStandardOutput();
-        return Done;
-    });
-    return finished != Done ? finished : code;
+    return RunToTheEnd(parsed ? [&] { return *parsed; } : action);
 }

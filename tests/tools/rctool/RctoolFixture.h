@@ -61,6 +61,7 @@ protected:
     Rctool()
         : m_folder(testing::TempDir() + "RctoolTest-" +
                    testing::UnitTest::GetInstance()->current_test_info()->name()) {
+        std::filesystem::remove_all(m_folder); // of a run that was killed
         std::filesystem::create_directories(m_folder);
     }
     ~Rctool() override { std::filesystem::remove_all(m_folder); }
