@@ -60,6 +60,8 @@ void CheckOutput(const std::string& path, bool replace) {
 OutputFile::OutputFile(const std::string& path, bool replace)
     : m_path(path), m_destination(FindDestination(path)), m_bReplace(replace) {
     CheckReplacing(path, m_destination, replace);
+    if (m_destination.m_bExists)
+        m_lock = FileLock(m_destination.m_path);
     switch (m_destination.m_kind) {
     case DestinationKind::StandardOutput:
         m_path = "standard output";

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "tools/rctool/Destination.h"
+#include "tools/rctool/FileLock.h"
 
 #include <cstdio>
 #include <string>
@@ -15,7 +16,8 @@ void CheckOutput(const std::string& path, bool replace);
 /// pipes are written to directly. Nothing but the incomplete file is ever removed.
 class OutputFile {
 public:
-    /// Opens it. Throws std::runtime_error as CheckOutput does, and when the file system fails.
+    /// Opens it. Throws std::runtime_error as CheckOutput does, when the file is being
+    /// written by another program, and when the file system fails.
     OutputFile(const std::string& path, bool replace);
 
     /// Closes the file, and removes one that has not been committed.
@@ -36,6 +38,7 @@ private:
 
     std::string m_path; ///< for messages
     Destination m_destination;
+    FileLock m_lock; ///< of a file that is to be replaced
     bool m_bReplace;
     std::string m_part; ///< the name of an incomplete file; empty without one
     std::FILE* m_pFile = nullptr;

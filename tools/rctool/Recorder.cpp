@@ -1,5 +1,6 @@
 #include "tools/rctool/Recorder.h"
 
+#include "tools/rctool/Destination.h"
 #include "tools/rctool/RecordedUpdates.h"
 #include "tools/rctool/StdioStream.h"
 
@@ -22,6 +23,12 @@ void CheckThatItCanGoOn(const std::string& path, const RecordingEnd& end, bool d
                              "; --force drops what follows there");
 }
 
+FileLock LockRecording(const std::string& path) {
+    if (FindDestination(path).m_kind != DestinationKind::File)
+        throw RecordingError(path + ": Frames can be added to files only");
+    return FileLock(path);
+}
+
 } // namespace
 
 Recorder::Recorder(std::FILE* file, const std::string& path, const Header& header)
@@ -31,7 +38,8 @@ Recorder::Recorder(std::FILE* file, const std::string& path, const Header& heade
                                                   path + ": ");
 }
 
-Recorder::Recorder(const std::string& path, bool dropRest) : m_path(path) {
+Recorder::Recorder(const std::string& path, bool dropRest)
+    : m_path(path), m_lock(LockRecording(path)) {
     RecordingReader reader(path);
     m_header = reader.GetHeader();
     m_pPlayer = std::make_unique<Player>(m_header, PlayerOptions{});

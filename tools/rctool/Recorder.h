@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tools/rctool/FileLock.h"
 #include "tools/recording/Player.h"
 #include "tools/recording/RecordingReader.h"
 #include "tools/recording/RecordingWriter.h"
@@ -20,8 +21,9 @@ public:
     /// Begins a recording in a file that is open for writing. Throws RecordingError with the path.
     Recorder(std::FILE* file, const std::string& path, const recording::Header& header);
 
-    /// Goes on with a recording, which is played to its end. Throws RecordingError for one that is
-    /// cut or damaged, unless what is not good of it may be dropped.
+    /// Goes on with a recording, which is played to its end. Throws std::runtime_error for one that
+    /// is being written by another program, and for one that is cut or damaged, unless what is not
+    /// good of it may be dropped.
     Recorder(const std::string& path, bool dropRest);
 
     /// Takes back what was added to an older recording, unless it was closed.
@@ -49,6 +51,7 @@ private:
     void AddChecksum(recording::RecordedUpdate& update);
 
     std::string m_path;
+    FileLock m_lock; ///< of an older recording
     recording::Header m_header;
     std::optional<uint64_t> m_time;
     size_t m_uiAdded = 0;

@@ -103,8 +103,8 @@ TEST_F(RctoolSignals, ATimeLimitLeavesNoPart) {
 
 TEST_F(RctoolSignals, AReaderThatLeavesIsStatus141) {
     const std::string path = Recorded("--codec lbe");
-    const ProgramRun run = RunShell("($rctool inspect --symbols " + path +
-                                    " 2>&1; echo $? > " + In("status") + ") | head -n 1");
+    const ProgramRun run = RunShell("($rctool inspect --symbols " + path + " 2>&1; echo $? > " +
+                                    In("status") + ") | head -n 1");
     EXPECT_EQ(run.m_output.find("update 0 at"), 0U) << run.m_output;
     EXPECT_EQ(std::count(run.m_output.begin(), run.m_output.end(), '\n'), 1);
     EXPECT_EQ(ReadBytes(In("status")), (std::vector<uint8_t>{'1', '4', '1', '\n'}));
