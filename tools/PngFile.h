@@ -3,6 +3,7 @@
 #include "tools/Picture.h"
 
 #include <cstdio>
+#include <optional>
 #include <string>
 
 namespace Vostrel::streamencoder {
@@ -10,6 +11,10 @@ namespace Vostrel::streamencoder {
 /// Reads a PNG file of any colour type as 8-bit RGB; transparent parts come out on black.
 /// Throws std::runtime_error with the path and the reason.
 Picture ReadPng(const std::string& path);
+
+/// Reads the next of several PNG files that follow each other in a stream, of at most 1 GiB each.
+/// Nothing at the end of the stream. name: for messages. Throws as ReadPng does.
+std::optional<Picture> ReadNextPng(std::FILE* file, const std::string& name);
 
 /// Writes a picture as an 8-bit RGB PNG file. Throws std::runtime_error with the path and the
 /// reason; what was written then stays.

@@ -39,7 +39,8 @@ struct DecodeRequest {
 
 void Describe(CLI::App& app, DecodeRequest& request) {
     AddRecordingArgument(app, request.m_recording);
-    app.add_option("-o,--output", request.m_output, "file for the last picture [none is written]")
+    app.add_option("-o,--output", request.m_output,
+                   "file for the last picture, - is the output [none]")
         ->type_name("FILE");
     AddChoice<PictureFormat>(app, "--format", request.m_format,
                              {{"png", PictureFormat::Png},
@@ -62,7 +63,7 @@ void Describe(CLI::App& app, DecodeRequest& request) {
 }
 
 PictureFormat ShownFormat(const DecodeRequest& request) {
-    return request.m_format.value_or(FormatOf(request.m_output));
+    return request.m_format ? *request.m_format : FormatOf(request.m_output);
 }
 
 Target TargetOf(const DecodeRequest& request) {
@@ -92,7 +93,7 @@ private:
     void Judge(const RecordedUpdate& update, const PlayedUpdate& played);
     void Verify(const RecordedUpdate& update, const PlayedUpdate& played);
     void Differs(const char* what, uint64_t found, uint64_t recorded);
-    void PrintSummary() const;
+    void PrintSummary(std::FILE* text) const;
     int Outcome() const;
 
     const DecodeRequest& m_request;
@@ -129,8 +130,8 @@ int Decoding::Run(RecordingReader& reader) {
     if (!m_request.m_output.empty() && !m_request.m_bEveryPicture)
         WriteShown(m_request.m_output);
     m_frameTimes.Close();
-    if (!m_request.m_bQuiet && !IsStandardOutput(m_request.m_frameTimes))
-        PrintSummary();
+    if (!m_request.m_bQuiet)
+        PrintSummary(TextStream({m_request.m_output, m_request.m_frameTimes}));
     return Outcome();
 }
 
@@ -182,11 +183,11 @@ void Decoding::Differs(const char* what, uint64_t found, uint64_t recorded) {
                  static_cast<unsigned long long>(found), static_cast<unsigned long long>(recorded));
 }
 
-void Decoding::PrintSummary() const {
-    std::printf("%zu updates, %zu failed", m_uiUpdates, m_uiFailures);
+void Decoding::PrintSummary(std::FILE* text) const {
+    std::fprintf(text, "%zu updates, %zu failed", m_uiUpdates, m_uiFailures);
     if (m_request.m_bVerify)
-        std::printf(", %zu compared, %zu differences", m_uiCompared, m_uiDifferences);
-    std::printf("\n");
+        std::fprintf(text, ", %zu compared, %zu differences", m_uiCompared, m_uiDifferences);
+    std::fprintf(text, "\n");
 }
 
 int Decoding::Outcome() const {
@@ -199,9 +200,18 @@ int Decoding::Outcome() const {
     return m_uiUnexpectedFailures != 0 ? UpdateFailed : Done;
 }
 
-int Decode(const DecodeRequest& request) {
+void CheckUsage(const DecodeRequest& request) {
     if (request.m_bEveryPicture && request.m_output.empty())
         throw std::invalid_argument("--all needs --output");
+    if (IsStandardOutput(request.m_output) && IsStandardOutput(request.m_frameTimes))
+        throw std::invalid_argument("Only one of --output and --frametimes can be the output");
+    if (request.m_bEveryPicture &&
+        FindDestination(request.m_output).m_kind != DestinationKind::File)
+        throw std::invalid_argument(request.m_output + ": --all needs the name of a file");
+}
+
+int Decode(const DecodeRequest& request) {
+    CheckUsage(request);
     RecordingReader reader(request.m_recording);
     Decoding decoding(request, reader.GetHeader());
     if (!request.m_output.empty() && !request.m_bEveryPicture)

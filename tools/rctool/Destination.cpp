@@ -37,6 +37,10 @@ bool IsStandardOutput(const std::string& path) {
     return std::find(Names.begin(), Names.end(), path) != Names.end();
 }
 
+std::string OutputName(const std::string& path) {
+    return IsStandardOutput(path) ? "standard output" : path;
+}
+
 Destination FindDestination(const std::string& path) {
     if (IsStandardOutput(path))
         return {DestinationKind::StandardOutput, path};

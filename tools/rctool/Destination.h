@@ -24,4 +24,7 @@ Destination FindDestination(const std::string& path);
 /// Whether a path names the standard output: "-", or one of the names that the system has for it.
 bool IsStandardOutput(const std::string& path);
 
+/// What messages call the destination.
+std::string OutputName(const std::string& path);
+
 } // namespace Vostrel::rctool

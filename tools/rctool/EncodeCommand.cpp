@@ -1,7 +1,7 @@
 #include "tools/IctEncoder.h"
 #include "tools/LbeEncoder.h"
-#include "tools/PngFile.h"
 #include "tools/rctool/Commands.h"
+#include "tools/rctool/FrameReader.h"
 #include "tools/rctool/Interruption.h"
 #include "tools/rctool/Options.h"
 #include "tools/rctool/OutputFile.h"
@@ -35,10 +35,11 @@ struct EncodeRequest {
 };
 
 void Describe(CLI::App& app, EncodeRequest& request) {
-    app.add_option("FRAME", request.m_vFrames, "PNG files of one size, in order of time")
+    app.add_option("FRAME", request.m_vFrames,
+                   "PNG files of one size, in order of time;\n- is the standard input")
         ->required()
         ->type_name("");
-    app.add_option("-o,--output", request.m_output, "recording to write (.rcrec)")
+    app.add_option("-o,--output", request.m_output, "recording to write (.rcrec); - is the output")
         ->required()
         ->type_name("FILE");
     app.add_flag("--append", request.m_bAppend,
@@ -72,8 +73,7 @@ void Describe(CLI::App& app, EncodeRequest& request) {
     app.add_flag("--quiet", request.m_bQuiet, "print nothing but errors");
 }
 
-recording::Header HeaderFor(const EncodeRequest& request) {
-    const Picture picture = ReadPng(request.m_vFrames.front());
+recording::Header HeaderFor(const EncodeRequest& request, const Picture& picture) {
     recording::Header header;
     header.m_codec = request.m_codec.value_or(header.m_codec);
     header.m_uiProtocolVersion = request.m_protocol.value_or(header.m_uiProtocolVersion);
@@ -99,11 +99,12 @@ std::unique_ptr<UpdateEncoder> MakeEncoder(const recording::Header& header,
         quality.value_or(fewQualities ? DefaultQualityOfLbeVersion0 : DefaultQuality));
 }
 
-void PrintUpdate(const std::string& frame, const Picture& picture, const EncodedUpdate& update) {
+void PrintUpdate(std::FILE* text, const Frame& frame, const EncodedUpdate& update) {
+    const Picture& picture = frame.m_picture;
     const auto bytes = static_cast<double>(update.m_vuiPayload.size());
     const auto pixels = static_cast<double>(picture.m_vPixels.size());
-    std::printf("%s: %zu x %zu, %.0f bytes, %.3f bits per pixel\n", frame.c_str(),
-                picture.m_uiWidth, picture.m_uiHeight, bytes, 8 * bytes / pixels);
+    std::fprintf(text, "%s: %zu x %zu, %.0f bytes, %.3f bits per pixel\n", frame.m_name.c_str(),
+                 picture.m_uiWidth, picture.m_uiHeight, bytes, 8 * bytes / pixels);
 }
 
 EncodedUpdate EncodeFrame(UpdateEncoder& encoder, const std::string& frame, const Picture& picture,
@@ -124,30 +125,20 @@ void CheckSize(const std::string& frame, const Picture& picture,
                                  std::to_string(settings.m_uiHeight) + " pixels");
 }
 
-Picture ReadFrame(const std::string& frame) {
-    CheckForInterruption();
-    try {
-        return ReadPng(frame);
-    } catch (const std::runtime_error&) {
-        CheckForInterruption(); // A signal ends the wait for a pipe.
-        throw;
-    }
-}
-
 /// The first frame is coded whole, whatever the recording showed before.
-void EncodeFrames(const EncodeRequest& request, Recorder& recorder) {
+void EncodeFrames(const EncodeRequest& request, FrameReader& frames, Recorder& recorder) {
     const auto encoder = MakeEncoder(recorder.GetHeader(), request.m_quality);
     const double period = 1e6 / request.m_fFramesPerSecond;
     double time = recorder.GetTime() ? static_cast<double>(*recorder.GetTime()) + period : 0;
     std::optional<Picture> previous;
-    for (const std::string& frame : request.m_vFrames) {
-        Picture picture = ReadFrame(frame);
+    while (auto frame = frames.Next()) {
+        Picture& picture = frame->m_picture;
         const EncodedUpdate update =
-            EncodeFrame(*encoder, frame, picture, previous ? &*previous : nullptr);
-        CheckSize(frame, picture, recorder.GetHeader().m_settings);
+            EncodeFrame(*encoder, frame->m_name, picture, previous ? &*previous : nullptr);
+        CheckSize(frame->m_name, picture, recorder.GetHeader().m_settings);
         recorder.Write(update, static_cast<uint64_t>(time), !request.m_bWithoutChecksums);
         if (!request.m_bQuiet)
-            PrintUpdate(frame, picture, update);
+            PrintUpdate(TextStream({request.m_output}), *frame, update);
         previous = std::move(picture);
         time += period;
     }
@@ -156,14 +147,17 @@ void EncodeFrames(const EncodeRequest& request, Recorder& recorder) {
 
 /// Frames that were added when a signal ends the program stay.
 void Append(const EncodeRequest& request) {
+    if (IsStandardOutput(request.m_output))
+        throw std::invalid_argument("--append needs the name of a file");
     Recorder recorder(request.m_output, request.m_bForce);
+    FrameReader frames(request.m_vFrames);
     try {
-        EncodeFrames(request, recorder);
+        EncodeFrames(request, frames, recorder);
     } catch (const Interrupted&) {
         if (recorder.GetAdded() != 0) {
             recorder.Close();
-            std::fprintf(stderr, "rctool: %s: %zu of %zu frames were added\n",
-                         request.m_output.c_str(), recorder.GetAdded(), request.m_vFrames.size());
+            std::fprintf(stderr, "rctool: %s: Interrupted; frames added: %zu\n",
+                         request.m_output.c_str(), recorder.GetAdded());
         }
         throw;
     }
@@ -177,11 +171,12 @@ int Encode(const EncodeRequest& request) {
         Append(request);
         return Done;
     }
-    const recording::Header header = HeaderFor(request);
+    FrameReader frames(request.m_vFrames);
+    const recording::Header header = HeaderFor(request, frames.Peek().m_picture);
     MakeEncoder(header, request.m_quality); // Refuses a wrong quality before there is a file.
     WriteWhole(request.m_output, request.m_bForce, [&](std::FILE* file) {
-        Recorder recorder(file, request.m_output, header);
-        EncodeFrames(request, recorder);
+        Recorder recorder(file, OutputName(request.m_output), header);
+        EncodeFrames(request, frames, recorder);
     });
     return Done;
 }

@@ -3,6 +3,7 @@
 #include "tools/rctool/Heatmap.h"
 #include "tools/rctool/Options.h"
 #include "tools/rctool/OutputFile.h"
+#include "tools/rctool/PictureFile.h"
 #include "tools/rctool/RecordedUpdates.h"
 #include "tools/walker/StreamWalker.h"
 
@@ -28,7 +29,7 @@ struct HeatmapRequest {
 
 void Describe(CLI::App& app, HeatmapRequest& request) {
     AddRecordingArgument(app, request.m_recording);
-    app.add_option("-o,--output", request.m_output, "PNG file to write")
+    app.add_option("-o,--output", request.m_output, "PNG file to write; - is the output")
         ->required()
         ->type_name("FILE");
     app.add_option("--update", request.m_update, "only this one, counted from 0 [all of them]")
@@ -43,7 +44,15 @@ void Describe(CLI::App& app, HeatmapRequest& request) {
                "macroblocks were coded. A line frames every area of coded macroblocks.");
 }
 
+/// Replaying may take long.
+void CheckRequest(const HeatmapRequest& request) {
+    if (FormatOf(request.m_output) != PictureFormat::Png)
+        throw std::invalid_argument(request.m_output + ": A heatmap is a PNG file (.png)");
+    CheckOutput(request.m_output, request.m_bForce);
+}
+
 int MakeHeatmap(const HeatmapRequest& request) {
+    CheckRequest(request);
     RecordingReader reader(request.m_recording);
     const recording::Header& header = reader.GetHeader();
     recording::PlayerOptions options;
@@ -69,12 +78,12 @@ int MakeHeatmap(const HeatmapRequest& request) {
     if (request.m_update && *request.m_update >= number)
         throw NoSuchUpdate(request.m_recording, number);
     WriteWhole(request.m_output, request.m_bForce, [&](std::FILE* file) {
-        streamencoder::WritePng(file, request.m_output,
+        streamencoder::WritePng(file, OutputName(request.m_output),
                                 heatmap.Paint(player.GetFramebuffer().GetPicture()));
     });
     if (!request.m_bQuiet)
-        std::printf("the most: %.0f %s\n", heatmap.GetMost(),
-                    request.m_kind == HeatmapKind::Bits ? "bits a macroblock" : "times");
+        std::fprintf(TextStream({request.m_output}), "the most: %.0f %s\n", heatmap.GetMost(),
+                     request.m_kind == HeatmapKind::Bits ? "bits a macroblock" : "times");
     const int end = ReportEnd(request.m_recording, reader.GetEnd());
     return ReportFailures(failures, recordedFailures) ? int{UpdateFailed} : end;
 }

@@ -5,7 +5,16 @@ namespace Vostrel::rctool {
 using recording::KernelVariant;
 
 void AddRecordingArgument(CLI::App& app, std::string& path) {
-    app.add_option("RECORDING", path, "a recording (.rcrec)")->required()->type_name("");
+    app.add_option("RECORDING", path, "a recording (.rcrec); - is the standard input")
+        ->required()
+        ->type_name("")
+        ->transform(CLI::Validator(
+            [](std::string& given) {
+                if (given == "-")
+                    given = "/dev/stdin";
+                return std::string();
+            },
+            ""));
 }
 
 void AddForce(CLI::App& app, bool& force, const char* help) {

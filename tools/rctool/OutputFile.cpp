@@ -6,6 +6,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <stdexcept>
 #include <system_error>
@@ -57,14 +58,17 @@ void CheckOutput(const std::string& path, bool replace) {
     CheckReplacing(path, FindDestination(path), replace);
 }
 
+std::FILE* TextStream(std::initializer_list<std::string> outputs) {
+    return std::any_of(outputs.begin(), outputs.end(), IsStandardOutput) ? stderr : stdout;
+}
+
 OutputFile::OutputFile(const std::string& path, bool replace)
-    : m_path(path), m_destination(FindDestination(path)), m_bReplace(replace) {
+    : m_path(OutputName(path)), m_destination(FindDestination(path)), m_bReplace(replace) {
     CheckReplacing(path, m_destination, replace);
     if (m_destination.m_bExists)
         m_lock = FileLock(m_destination.m_path);
     switch (m_destination.m_kind) {
     case DestinationKind::StandardOutput:
-        m_path = "standard output";
         m_pFile = stdout;
         break;
     case DestinationKind::Direct:

@@ -4,12 +4,16 @@
 #include "tools/rctool/FileLock.h"
 
 #include <cstdio>
+#include <initializer_list>
 #include <string>
 
 namespace Vostrel::rctool {
 
 /// Throws std::runtime_error for a file that exists, unless it is to be replaced, and for a folder.
 void CheckOutput(const std::string& path, bool replace);
+
+/// Where text goes: to the error output when the standard output takes one of the outputs.
+std::FILE* TextStream(std::initializer_list<std::string> outputs);
 
 /// A file that appears under its name when it is complete: until then it has another one beside it.
 /// A symbolic link to a file is kept, and its target replaced. The standard output, devices and

@@ -3,8 +3,12 @@
 #include "tools/PngFile.h"
 #include "tools/rctool/OutputFile.h"
 
+#include <algorithm>
+#include <cctype>
 #include <cstdio>
 #include <filesystem>
+#include <map>
+#include <stdexcept>
 
 namespace Vostrel::rctool {
 namespace {
@@ -18,12 +22,19 @@ void WritePpm(std::FILE* file, const streamencoder::Picture& picture) {
 } // namespace
 
 PictureFormat FormatOf(const std::string& path) {
-    const std::string extension = std::filesystem::path(path).extension().string();
-    if (extension == ".ppm")
-        return PictureFormat::Ppm;
-    if (extension == ".argb")
-        return PictureFormat::Argb;
-    return extension == ".planes" ? PictureFormat::Planes : PictureFormat::Png;
+    static const std::map<std::string, PictureFormat> Formats{{"", PictureFormat::Png},
+                                                              {".png", PictureFormat::Png},
+                                                              {".ppm", PictureFormat::Ppm},
+                                                              {".argb", PictureFormat::Argb},
+                                                              {".planes", PictureFormat::Planes}};
+    std::string extension = std::filesystem::path(path).extension().string();
+    std::transform(extension.begin(), extension.end(), extension.begin(),
+                   [](unsigned char letter) { return static_cast<char>(std::tolower(letter)); });
+    const auto format = Formats.find(extension);
+    if (format == Formats.end())
+        throw std::invalid_argument(path + ": Pictures have the extension .png, .ppm, .argb or "
+                                           ".planes");
+    return format->second;
 }
 
 void WritePicture(const std::string& path, PictureFormat format,
@@ -31,7 +42,7 @@ void WritePicture(const std::string& path, PictureFormat format,
     WriteWhole(path, replace, [&](std::FILE* file) {
         switch (format) {
         case PictureFormat::Png:
-            WritePng(file, path, framebuffer.GetPicture());
+            WritePng(file, OutputName(path), framebuffer.GetPicture());
             break;
         case PictureFormat::Ppm:
             WritePpm(file, framebuffer.GetPicture());

@@ -14,7 +14,8 @@ enum class PictureFormat {
     Planes, ///< Y, Cb and Cr samples, one plane after another
 };
 
-/// The format that a file's extension names (.png, .ppm, .argb, .planes); PNG for another one.
+/// The format that a file's extension names (.png, .ppm, .argb, .planes); PNG without one. Throws
+/// std::invalid_argument for another one.
 PictureFormat FormatOf(const std::string& path);
 
 /// Writes what a framebuffer shows; for PNG and PPM an ARGB one. Throws std::runtime_error with the

@@ -29,7 +29,7 @@ RecordFile::RecordFile(std::unique_ptr<std::istream> in, std::string name)
     m_pIn->seekg(0, std::ios::end);
     const auto size = m_pIn->tellg();
     if (size < 0)
-        throw RecordingError(m_name + "The file cannot be searched, as a pipe cannot");
+        throw RecordingError(m_name + "The stream cannot be searched");
     m_uiSize = static_cast<uint64_t>(size);
 }
 

@@ -1,33 +1,18 @@
 #include "tools/recording/RecordingReader.h"
 
 #include "tools/recording/RecordBodies.h"
+#include "tools/recording/RecordingInput.h"
 
-#include <cerrno>
-#include <fstream>
-#include <system_error>
+#include <istream>
 #include <utility>
 
 namespace Vostrel::recording {
-namespace {
-
-std::unique_ptr<std::istream> OpenFile(const std::string& path) {
-    errno = 0;
-    auto in = std::make_unique<std::ifstream>(path, std::ios::binary);
-    // A folder opens well and cannot be read.
-    if (!*in || in->peek() == std::istream::traits_type::eof())
-        throw RecordingError(
-            path + ": " +
-            (errno != 0 ? std::generic_category().message(errno) : "The file is empty"));
-    return in;
-}
-
-} // namespace
 
 RecordingReader::RecordingReader(std::unique_ptr<std::istream> in)
     : RecordingReader(std::move(in), "") {}
 
 RecordingReader::RecordingReader(const std::string& path)
-    : RecordingReader(OpenFile(path), path + ": ") {}
+    : RecordingReader(OpenRecording(path), path + ": ") {}
 
 RecordingReader::RecordingReader(std::unique_ptr<std::istream> in, const std::string& name)
     : m_file(std::move(in), name) {

@@ -27,7 +27,7 @@ public:
     /// Throws RecordingError for a stream that does not begin with the header of a recording.
     explicit RecordingReader(std::unique_ptr<std::istream> in);
 
-    /// The same for a file, which messages name.
+    /// The same for a file or a stream, which messages name: see OpenRecording.
     explicit RecordingReader(const std::string& path);
 
     const Header& GetHeader() const { return m_header; }

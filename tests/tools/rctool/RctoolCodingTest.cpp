@@ -184,7 +184,7 @@ TEST_F(Rctool, VerifyNoticesAChecksumAndAResultThatDiffer) {
 
 TEST_F(Rctool, FrameTimesHaveALineForEveryUpdate) {
     const std::string path = Recorded("--fps 40");
-    const ProgramRun run = RunRctool("decode --frametimes - " + path);
+    const ProgramRun run = RunRctoolQuietly("decode --frametimes - " + path);
     std::istringstream lines(run.m_output);
     std::string line;
     std::getline(lines, line);

@@ -52,7 +52,7 @@ TEST_F(RctoolSignals, AppendClosesTheRecordingWithTheFramesItAdded) {
     EXPECT_EQ(child.Wait(), 130);
     const auto message = ReadBytes(In("errors"));
     EXPECT_EQ(std::string(message.begin(), message.end()),
-              "rctool: " + path + ": 1 of 2 frames were added\n");
+              "rctool: " + path + ": Interrupted; frames added: 1\n");
     EXPECT_EQ(RunRctool("decode --verify " + path).m_output,
               "3 updates, 0 failed, 3 compared, 0 differences\n");
     const auto index = RecordingReader(path).ReadIndex();
