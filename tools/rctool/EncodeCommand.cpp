@@ -134,7 +134,7 @@ void EncodeFrames(const EncodeRequest& request, Recorder& recorder) {
         const EncodedUpdate update =
             EncodeFrame(*encoder, frame, picture, previous ? &*previous : nullptr);
         CheckSize(frame, picture, recorder.GetHeader().m_settings);
-        recorder.Write(update, static_cast<uint64_t>(time), !request.m_bWithoutChecksums);
+        recorder.Write(update, 0, static_cast<uint64_t>(time), !request.m_bWithoutChecksums);
         if (!request.m_bQuiet)
             PrintUpdate(frame, picture, update);
         previous = std::move(picture);

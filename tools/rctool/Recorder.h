@@ -33,9 +33,21 @@ public:
     /// Of the last update in microseconds; nothing before the first.
     std::optional<uint64_t> GetTime() const { return m_time; }
 
-    /// Records an update at a time in microseconds. checked: with a decoder's result and a checksum
-    /// of the picture. Throws RecordingError, also for an update that cannot be decoded.
-    void Write(const recording::EncodedUpdate& encoded, uint64_t time, bool checked);
+    /// The decoders that updates can be for, by their index.
+    const std::vector<recording::DecoderFormat>& GetDecoders() const { return m_vDecoders; }
+
+    /// Describes a further decoder and returns its index. Throws RecordingError for a recording of
+    /// version 1, which holds one alone, and when there are MaxDecoders.
+    uint8_t AddDecoder(recording::DecoderFormat format);
+
+    /// Changes the settings from here on.
+    void Use(const recording::Settings& settings);
+
+    /// Records an update for a decoder at a time in microseconds. checked: with the decoder's
+    /// result and a checksum of the picture. Throws RecordingError, also for an update that cannot
+    /// be decoded.
+    void Write(const recording::EncodedUpdate& encoded, uint8_t decoder, uint64_t time,
+               bool checked);
 
     void Close();
 
@@ -45,6 +57,7 @@ private:
 
     std::string m_path;
     recording::Header m_header;
+    std::vector<recording::DecoderFormat> m_vDecoders;
     std::optional<uint64_t> m_time;
     std::optional<uint64_t> m_oldEnd; ///< of an older recording that is not closed again yet
     std::unique_ptr<recording::Player> m_pPlayer;
