@@ -43,6 +43,14 @@ Picture ReadPng(const std::string& path) {
     return picture;
 }
 
+PictureSize ReadPngSize(const std::string& path) {
+    PngImage image;
+    if (png_image_begin_read_from_file(image.Get(), path.c_str()) == 0) {
+        image.Fail(path);
+    }
+    return {image->width, image->height};
+}
+
 void WritePng(const std::string& path, const Picture& picture) {
     PngImage image;
     image->width = static_cast<png_uint_32>(picture.m_uiWidth);

@@ -10,6 +10,9 @@ namespace Vostrel::streamencoder {
 /// Throws std::runtime_error with the path and the reason.
 Picture ReadPng(const std::string& path);
 
+/// Reads only how large the picture is. Throws as ReadPng does.
+PictureSize ReadPngSize(const std::string& path);
+
 /// Writes a picture as an 8-bit RGB PNG file. Throws std::runtime_error with the path and the
 /// reason.
 void WritePng(const std::string& path, const Picture& picture);
