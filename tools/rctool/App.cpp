@@ -12,8 +12,11 @@ std::unique_ptr<CLI::App> MakeApp(Action& action) {
     AddEncode(*app, action);
     AddDecode(*app, action);
     AddInfo(*app, action);
+    AddList(*app, action);
     AddInspect(*app, action);
     AddHeatmap(*app, action);
+    AddExport(*app, action);
+    AddCompare(*app, action);
     AddBench(*app, action);
     app->footer("rctool COMMAND --help tells about one of them.\n\n"
                 "Exit status:\n"
@@ -21,7 +24,7 @@ std::unique_ptr<CLI::App> MakeApp(Action& action) {
                 "  1  wrong usage\n"
                 "  2  a file cannot be read or written, or is no recording\n"
                 "  3  an update cannot be decoded, and could when it was recorded\n"
-                "  4  verification failed: a checksum or a result differs\n"
+                "  4  a checksum, a result or a picture differs\n"
                 "  5  the recording is cut or damaged; what comes before that was done");
     return app;
 }

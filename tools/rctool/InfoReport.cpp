@@ -1,8 +1,7 @@
 #include "tools/rctool/InfoReport.h"
 
 #include "tools/rctool/Names.h"
-
-#include <nlohmann/json.hpp>
+#include "tools/rctool/UpdateJson.h"
 
 #include <algorithm>
 #include <array>
@@ -159,10 +158,9 @@ void PrintSymbols(const StreamStatistics& statistics, size_t payloadBits) {
 }
 
 nlohmann::ordered_json ToJson(const DecoderReport& decoder) {
-    const recording::DecoderFormat& format = decoder.m_format;
-    return {{"codec", NameOf(format.m_codec)},   {"protocolVersion", format.m_uiProtocolVersion},
-            {"chroma", NameOf(format.m_chroma)}, {"layout", NameOf(format.m_layout)},
-            {"threads", format.m_uiThreads},     {"updates", decoder.m_uiUpdates}};
+    auto json = DescribeDecoder(decoder.m_format);
+    json["updates"] = decoder.m_uiUpdates;
+    return json;
 }
 
 /// A note as one line that leaves the terminal alone: it may come from anywhere.

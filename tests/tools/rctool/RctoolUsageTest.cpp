@@ -12,8 +12,8 @@ namespace {
 using Json = nlohmann::json;
 
 TEST_F(Rctool, HelpFitsAScreen) {
-    for (const std::string command :
-         {"", "encode ", "decode ", "info ", "inspect ", "heatmap ", "bench "}) {
+    for (const std::string command : {"", "encode ", "decode ", "info ", "list ", "inspect ",
+                                      "heatmap ", "export ", "compare ", "bench "}) {
         const ProgramRun run = RunRctool(command + "--help");
         EXPECT_EQ(run.m_iExitCode, 0);
         std::istringstream lines(run.m_output);
@@ -161,11 +161,28 @@ TEST_F(Rctool, AnUpdateThatFailsIsExitCode3UnlessItFailedWhenRecorded) {
 TEST_F(Rctool, TheManualPageTellsOfEveryCommandAndOption) {
     std::ifstream in(RCTOOL_MANUAL_PATH);
     const std::string page{std::istreambuf_iterator<char>(in), {}};
-    for (const std::string text :
-         {".TH RCTOOL 1", ".SS encode", ".SS decode", ".SS info", ".SS inspect", ".SS heatmap",
-          ".SS bench", "rctool encode \\-o", "rctool decode desktop", "rctool info desktop",
-          "rctool inspect desktop", "rctool heatmap desktop", "rctool bench desktop",
-          "\\-\\-frametimes", "\\-\\-kernels", ".SH EXIT STATUS"})
+    for (const std::string text : {".TH RCTOOL 1",
+                                   ".SS encode",
+                                   ".SS decode",
+                                   ".SS info",
+                                   ".SS inspect",
+                                   ".SS heatmap",
+                                   ".SS bench",
+                                   ".SS list",
+                                   ".SS export",
+                                   ".SS compare",
+                                   "rctool list desktop",
+                                   "rctool export desktop",
+                                   "rctool compare fine",
+                                   "rctool encode \\-o",
+                                   "rctool decode desktop",
+                                   "rctool info desktop",
+                                   "rctool inspect desktop",
+                                   "rctool heatmap desktop",
+                                   "rctool bench desktop",
+                                   "\\-\\-frametimes",
+                                   "\\-\\-kernels",
+                                   ".SH EXIT STATUS"})
         EXPECT_NE(page.find(text), std::string::npos) << text;
 }
 
