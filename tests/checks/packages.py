@@ -103,6 +103,9 @@ def main():
     require(len(libraries) == 1, f"installed as {libraries}")
     check_debug_symbols(root, libraries[0])
     require((root / "usr/share/man/man1/rctool.1").is_file(), "rctool has no manual page")
+    for completion in ("bash-completion/completions/rctool", "zsh/vendor-completions/_rctool",
+                       "fish/vendor_completions.d/rctool.fish"):
+        require((root / "usr/share" / completion).is_file(), f"there is no {completion}")
     decode(root, libraries[0], arguments.java, arguments.frames,
            arguments.work / "frames.rcrec")
     shutil.rmtree(arguments.work)

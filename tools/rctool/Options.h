@@ -13,6 +13,15 @@
 /// Arguments and options that several subcommands have in common.
 namespace Vostrel::rctool {
 
+/// The names of choices, as the validator of an option has them for completions.
+template <class Value>
+std::string NamesOf(const std::map<std::string, Value>& choices) {
+    std::string names;
+    for (const auto& choice : choices)
+        names += (names.empty() ? "" : " ") + choice.first;
+    return names;
+}
+
 /// An option whose values have names.
 template <class Value, class Target>
 CLI::Option* AddChoice(CLI::App& app, const std::string& name, Target& value,
@@ -21,7 +30,7 @@ CLI::Option* AddChoice(CLI::App& app, const std::string& name, Target& value,
         .add_option_function<std::string>(
             name, [&value, choices](const std::string& text) { value = choices.at(text); }, help)
         ->type_name("NAME")
-        ->check(CLI::IsMember(choices).description(""));
+        ->check(CLI::IsMember(choices).description("").name(NamesOf(choices)));
 }
 
 /// The same for several values, separated by commas.
@@ -36,7 +45,8 @@ CLI::Option* AddChoices(CLI::App& app, const std::string& name, std::vector<Valu
         }
     };
     return app.add_option_function<std::string>(name, take, help)
-        ->type_name("NAME,...");
+        ->type_name("NAME,...")
+        ->check(CLI::Validator("").name(NamesOf(choices)));
 }
 
 /// An option X,Y,WIDTH,HEIGHT in pixels: corner 0 to 65535, sides 1 to 65535.
