@@ -40,6 +40,14 @@ if(TARGET rctool)
     install(TARGETS rctool RUNTIME COMPONENT tools)
     install(FILES ${PROJECT_BINARY_DIR}/tools/rctool.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1
             COMPONENT tools)
+    # Where each shell looks for the completions of a package.
+    foreach(completion bash:bash-completion/completions/rctool zsh:zsh/vendor-completions/_rctool
+            fish:fish/vendor_completions.d/rctool.fish)
+        string(REGEX MATCH "^([a-z]+):(.+)/(.+)$" match ${completion})
+        install(FILES ${PROJECT_BINARY_DIR}/tools/rctool.${CMAKE_MATCH_1}
+                DESTINATION ${CMAKE_INSTALL_DATADIR}/${CMAKE_MATCH_2} RENAME ${CMAKE_MATCH_3}
+                COMPONENT tools)
+    endforeach()
 endif()
 
 # Pages for a viewer's developer, a packager and a codec engineer, and what they link to.

@@ -148,6 +148,10 @@ std::vector<uint8_t> RecordingInput(const Seed& seed, const UpdateFormat& format
     recording::Settings settings = header.m_settings;
     settings.m_uiContrast = static_cast<uint8_t>(number % 101);
     writer.Write(settings);
+    recording::AddedDecoder other{1, header};
+    other.m_format.m_codec = format.m_codec == Codec::Ict ? Codec::Lbe : Codec::Ict;
+    writer.Write(other);
+    update.m_uiDecoder = static_cast<uint8_t>(number % 2);
     update.m_encoded = seed.m_second;
     update.m_uiTime = number;
     update.m_coverage = static_cast<recording::Coverage>(number % 3);

@@ -25,7 +25,8 @@ using Bytes = std::vector<uint8_t>;
 struct Reading {
     Header m_header;
     std::vector<Record> m_vRecords;
-    std::vector<Settings> m_vSettings; ///< in force behind each of them
+    std::vector<Settings> m_vSettings; ///< in force after each of them
+    std::vector<size_t> m_vDecoders;   ///< how many are known after each of them
     RecordingEnd m_end;
 };
 
@@ -38,10 +39,11 @@ RecordingReader ReaderOf(std::span<const uint8_t> bytes) {
 std::optional<Reading> Read(std::span<const uint8_t> bytes) {
     try {
         RecordingReader reader = ReaderOf(bytes);
-        Reading reading{reader.GetHeader(), {}, {}, {}};
+        Reading reading{reader.GetHeader(), {}, {}, {}, {}};
         while (auto record = reader.Next()) {
             reading.m_vRecords.push_back(*std::move(record));
             reading.m_vSettings.push_back(reader.GetSettings());
+            reading.m_vDecoders.push_back(reader.GetDecoders().size());
         }
         Check(!reader.Next(), "a record behind the end");
         reading.m_end = reader.GetEnd();
@@ -68,8 +70,8 @@ bool AreEqual(const RecordedUpdate& a, const RecordedUpdate& b) {
         const EncodedUpdate& encoded = update.m_encoded;
         const auto& area = encoded.m_rectangle;
         return std::tie(encoded.m_uiQuality, area.m_uiX, area.m_uiY, area.m_uiWidth,
-                        area.m_uiHeight, encoded.m_vuiPayload, update.m_uiTime, update.m_result,
-                        update.m_coverage, update.m_uiPictureCrc);
+                        area.m_uiHeight, encoded.m_vuiPayload, update.m_uiDecoder, update.m_uiTime,
+                        update.m_result, update.m_coverage, update.m_uiPictureCrc);
     };
     return fields(a) == fields(b);
 }
@@ -84,6 +86,10 @@ bool AreEqual(const RecordedPicture& a, const RecordedPicture& b) {
 
 bool AreEqual(const Note& a, const Note& b) {
     return a.m_text == b.m_text;
+}
+
+bool AreEqual(const AddedDecoder& a, const AddedDecoder& b) {
+    return a == b;
 }
 
 bool IsSame(const Record& a, const Record& b) {
@@ -181,6 +187,8 @@ private:
                   "another update by the index");
             Check(reader.GetSettings() == m_reading->m_vSettings[number],
                   "other settings behind a jump");
+            Check(reader.GetDecoders().size() == m_reading->m_vDecoders[number],
+                  "other decoders after a jump");
         }
     }
 

@@ -28,18 +28,31 @@ struct FileCloser {
 };
 using File = std::unique_ptr<std::FILE, FileCloser>;
 
+File OpenForReading(const std::string& path) {
+    File file(std::fopen(path.c_str(), "rb"));
+    if (!file)
+        throw Failure(path, "The file cannot be read");
+    return file;
+}
+
 /// Takes one PNG file out of a stream, up to its last chunk. What is wrong or missing in the chunks
 /// is left to libpng.
 class PngBytes {
 public:
     PngBytes(std::FILE* file, const std::string& name) : m_pFile(file), m_name(name) {}
 
-    /// Nothing at the end of the stream.
-    std::vector<png_byte> TakeAll() {
+    /// The bytes by which every PNG file begins; nothing at the end of the stream.
+    const std::vector<png_byte>& TakeSignature() {
         constexpr size_t SignatureSize = 8;
         Take(SignatureSize);
         if (!m_vuiBytes.empty() && png_sig_cmp(m_vuiBytes.data(), 0, m_vuiBytes.size()) != 0)
             throw std::runtime_error(m_name + ": Not a PNG file");
+        return m_vuiBytes;
+    }
+
+    /// Nothing at the end of the stream.
+    std::vector<png_byte> TakeAll() {
+        TakeSignature();
         while (!m_vuiBytes.empty() && TakeChunk()) {
         }
         return std::move(m_vuiBytes);
@@ -104,9 +117,7 @@ private:
 } // namespace
 
 Picture ReadPng(const std::string& path) {
-    const File file(std::fopen(path.c_str(), "rb"));
-    if (!file)
-        throw Failure(path, "The file cannot be read");
+    const File file = OpenForReading(path);
     if (auto picture = ReadNextPng(file.get(), path))
         return *std::move(picture);
     throw std::runtime_error(path + ": The file is empty");
@@ -126,6 +137,18 @@ std::optional<Picture> ReadNextPng(std::FILE* file, const std::string& name) {
     if (png_image_finish_read(image.Get(), &black, picture.m_vPixels.data(), 0, nullptr) == 0)
         image.Fail(name);
     return picture;
+}
+
+PictureSize ReadPngSize(const std::string& path) {
+    const File file = OpenForReading(path);
+    const bool isEmpty = PngBytes(file.get(), path).TakeSignature().empty();
+    if (isEmpty)
+        throw std::runtime_error(path + ": The file is empty");
+    std::rewind(file.get());
+    PngImage image;
+    if (png_image_begin_read_from_stdio(image.Get(), file.get()) == 0)
+        image.Fail(path);
+    return {image->width, image->height};
 }
 
 /// libpng's own function for a path removes what stands there when it fails, be it a device.

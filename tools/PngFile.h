@@ -15,6 +15,8 @@ Picture ReadPng(const std::string& path);
 /// Reads the next of several PNG files that follow each other in a stream, of at most 1 GiB each.
 /// Nothing at the end of the stream. name: for messages. Throws as ReadPng does.
 std::optional<Picture> ReadNextPng(std::FILE* file, const std::string& name);
+/// Reads only how large the picture is. Throws as ReadPng does.
+PictureSize ReadPngSize(const std::string& path);
 
 /// Writes a picture as an 8-bit RGB PNG file. Throws std::runtime_error with the path and the
 /// reason; what was written then stays.

@@ -12,15 +12,18 @@ std::unique_ptr<CLI::App> MakeApp(Action& action) {
     AddEncode(*app, action);
     AddDecode(*app, action);
     AddInfo(*app, action);
+    AddList(*app, action);
     AddInspect(*app, action);
     AddHeatmap(*app, action);
+    AddExport(*app, action);
+    AddCompare(*app, action);
     AddBench(*app, action);
     app->footer("rctool COMMAND --help describes one of them. Exit status:\n"
                 "  0  done\n"
                 "  1  wrong usage\n"
                 "  2  a file cannot be read or written, or is no recording\n"
                 "  3  an update cannot be decoded, and could when it was recorded\n"
-                "  4  verification failed: a checksum or a result differs\n"
+                "  4  a checksum, a result or a picture differs\n"
                 "  5  the recording is cut or damaged; what comes before that was done\n"
                 "  128 + N  ended by signal N");
     return app;

@@ -4,7 +4,6 @@
 #include "tools/rctool/Options.h"
 #include "tools/rctool/RecordedUpdates.h"
 #include "tools/rctool/StopWatch.h"
-#include "tools/walker/StreamWalker.h"
 
 #include <nlohmann/json.hpp>
 
@@ -40,14 +39,14 @@ void Describe(CLI::App& app, BenchRequest& request) {
 
 /// The updates in memory, with what there is to decode in them.
 struct Work {
-    std::vector<streamencoder::EncodedUpdate> m_vUpdates;
+    std::vector<RecordedUpdate> m_vUpdates;
     size_t m_uiPixels = 0; ///< of all rectangles
     size_t m_uiCoded = 0;  ///< macroblocks
     size_t m_uiRecordedFailures = 0;
 };
 
-Work Load(RecordingReader& reader) {
-    const walker::StreamWalker streamWalker(WalkFormatOf(reader.GetHeader()));
+/// Gives the player the decoders that the updates need.
+Work Load(RecordingReader& reader, Player& player) {
     walker::IStreamVisitor nobody;
     Work work;
     while (auto record = reader.Next()) {
@@ -55,14 +54,16 @@ Work Load(RecordingReader& reader) {
         if (std::holds_alternative<recording::Settings>(*record))
             throw std::runtime_error("A recording whose settings change cannot be measured");
         auto* const update = std::get_if<RecordedUpdate>(&*record);
+        if (const auto* const decoder = std::get_if<recording::AddedDecoder>(&*record))
+            player.Apply(*decoder);
         if (update == nullptr)
             continue;
         const auto& area = update->m_encoded.m_rectangle;
         work.m_uiPixels += size_t{area.m_uiWidth} * area.m_uiHeight;
-        if (const auto end = streamWalker.Walk(update->m_encoded, nobody))
+        if (const auto end = WalkerOf(reader, *update).Walk(update->m_encoded, nobody))
             work.m_uiCoded += end->m_uiCoded;
         work.m_uiRecordedFailures += update->m_result == recording::FailedResult ? 1 : 0;
-        work.m_vUpdates.push_back(std::move(update->m_encoded));
+        work.m_vUpdates.push_back(std::move(*update));
     }
     if (work.m_vUpdates.empty())
         throw std::runtime_error("The recording holds no updates");
@@ -136,7 +137,7 @@ void PrintJson(const Figures& figures, const Work& work, const BenchRequest& req
 int Bench(const BenchRequest& request) {
     RecordingReader reader(request.m_recording);
     Player player(reader.GetHeader(), {request.m_decoding.m_threads, request.m_decoding.m_kernels});
-    const Work work = Load(reader);
+    const Work work = Load(reader, player);
     const size_t failures = PlayAll(player, work); // Warms caches and tables.
     std::vector<WorkTime> times;
     for (unsigned pass = 0; pass < request.m_uiPasses; ++pass) {

@@ -20,8 +20,11 @@ std::unique_ptr<CLI::App> MakeApp(Action& action);
 void AddEncode(CLI::App& app, Action& action);
 void AddDecode(CLI::App& app, Action& action);
 void AddInfo(CLI::App& app, Action& action);
+void AddList(CLI::App& app, Action& action);
 void AddInspect(CLI::App& app, Action& action);
 void AddHeatmap(CLI::App& app, Action& action);
+void AddExport(CLI::App& app, Action& action);
+void AddCompare(CLI::App& app, Action& action);
 void AddBench(CLI::App& app, Action& action);
 
 /// Adds a subcommand with a request of its own. describe(CLI::App&, Request&) adds its options;

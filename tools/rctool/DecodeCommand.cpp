@@ -8,6 +8,7 @@
 #include "tools/rctool/RecordedUpdates.h"
 #include "tools/rctool/StopWatch.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <stdexcept>
@@ -75,18 +76,18 @@ Target TargetOf(const DecodeRequest& request) {
 /// Decodes a recording and keeps account of what differs from it.
 class Decoding {
 public:
-    Decoding(const DecodeRequest& request, const recording::Header& header)
+    Decoding(const DecodeRequest& request, RecordingReader& reader)
         : m_request(request), m_frameTimes(request.m_frameTimes, request.m_bForce),
-          m_player(header, {request.m_decoding.m_threads, request.m_decoding.m_kernels,
-                            TargetOf(request)}) {
+          m_player(reader.GetHeader(), {request.m_decoding.m_threads, request.m_decoding.m_kernels,
+                                        TargetOf(request)}) {
         if (request.m_bVerify)
-            CheckThatChecksumsHold(header);
+            CheckThatChecksumsHold(reader);
     }
 
     int Run(RecordingReader& reader);
 
 private:
-    void CheckThatChecksumsHold(const recording::Header& header) const;
+    void CheckThatChecksumsHold(RecordingReader& reader) const;
     void Show(const RecordedUpdate& update);
     void WriteShown(const std::string& path) const;
     void WaitFor(const RecordedUpdate& update) const;
@@ -107,14 +108,17 @@ private:
     size_t m_uiDifferences = 0;
 };
 
-void Decoding::CheckThatChecksumsHold(const recording::Header& header) const {
-    const recording::Settings& settings = header.m_settings;
+void Decoding::CheckThatChecksumsHold(RecordingReader& reader) const {
+    const recording::Settings& settings = reader.GetHeader().m_settings;
     const Target target = TargetOf(m_request);
     if (target == Target::ScreenPlanes ||
         (target == Target::Argb && settings.m_sink == Sink::Planes))
         throw std::invalid_argument("The recorded checksums are not of pictures of this format");
-    if (header.m_codec == streamencoder::Codec::Ict &&
-        RuleOf(m_player.GetKernels()) != settings.m_kernels)
+    const auto decoders = reader.FindDecoders();
+    const bool rounds = std::ranges::any_of(decoders, [](const recording::DecoderFormat& decoder) {
+        return decoder.m_codec == streamencoder::Codec::Ict;
+    });
+    if (rounds && RuleOf(m_player.GetKernels()) != settings.m_kernels)
         throw std::invalid_argument(std::string("The recorded checksums are those of ") +
                                     NameOf(settings.m_kernels) + " kernels");
 }
@@ -141,7 +145,7 @@ void Decoding::WaitFor(const RecordedUpdate& update) const {
 
 void Decoding::Show(const RecordedUpdate& update) {
     const StopWatch watch;
-    const PlayedUpdate played = m_player.Play(update.m_encoded);
+    const PlayedUpdate played = m_player.Play(update);
     m_frameTimes.Add(m_uiUpdates, update, played, watch.Elapsed());
     Judge(update, played);
     if (!m_request.m_output.empty() && m_request.m_bEveryPicture)
@@ -213,7 +217,7 @@ void CheckUsage(const DecodeRequest& request) {
 int Decode(const DecodeRequest& request) {
     CheckUsage(request);
     RecordingReader reader(request.m_recording);
-    Decoding decoding(request, reader.GetHeader());
+    Decoding decoding(request, reader);
     if (!request.m_output.empty() && !request.m_bEveryPicture)
         CheckOutput(request.m_output, request.m_bForce); // Replaying may take long.
     const int outcome = decoding.Run(reader);

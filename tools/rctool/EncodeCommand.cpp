@@ -1,7 +1,7 @@
-#include "tools/IctEncoder.h"
-#include "tools/LbeEncoder.h"
 #include "tools/rctool/Commands.h"
+#include "tools/rctool/FrameEncoder.h"
 #include "tools/rctool/FrameReader.h"
+#include "tools/rctool/FrameSizes.h"
 #include "tools/rctool/Interruption.h"
 #include "tools/rctool/Options.h"
 #include "tools/rctool/OutputFile.h"
@@ -16,17 +16,12 @@ using namespace streamencoder;
 
 namespace {
 
-constexpr uint32_t DefaultQuality = 10;
-constexpr uint32_t DefaultQualityOfLbeVersion0 = 7;
-
 struct EncodeRequest {
     std::vector<std::string> m_vFrames;
     std::string m_output;
-    std::optional<Codec> m_codec;
-    std::optional<uint8_t> m_protocol;
-    std::optional<ChromaSubsampling> m_chroma;
-    std::optional<RecordLayout> m_layout;
-    std::optional<uint32_t> m_quality;
+    FormatRequest m_format;
+    FrameArea m_area;
+    bool m_bResize = false;
     double m_fFramesPerSecond = 25;
     bool m_bWithoutChecksums = false;
     bool m_bAppend = false;
@@ -36,35 +31,43 @@ struct EncodeRequest {
 
 void Describe(CLI::App& app, EncodeRequest& request) {
     app.add_option("FRAME", request.m_vFrames,
-                   "PNG files of one size, in order of time;\n- is the standard input")
+                   "PNG files in order of time, of 16384 x 16384 and\n"
+                   "67108864 pixels at most; - is the standard input")
         ->required()
         ->type_name("");
     app.add_option("-o,--output", request.m_output, "recording to write (.rcrec); - is the output")
         ->required()
         ->type_name("FILE");
     app.add_flag("--append", request.m_bAppend,
-                 "go on with a recording, with its format and frame size");
+                 "go on with a recording, with its frame size; a format\n"
+                 "that it does not hold yet is added");
     AddForce(app, request.m_bForce, "replace the file; with --append, drop its bad end");
-    AddChoice<Codec>(app, "--codec", request.m_codec, {{"ict", Codec::Ict}, {"lbe", Codec::Lbe}},
-                     "ict or lbe [ict]");
-    AddChoice<uint8_t>(app, "--protocol", request.m_protocol, {{"0", 0}, {"1", 1}, {"2", 2}},
-                       "version 0, 1 or 2 [2]")
+    AddChoices<Codec>(app, "--codec", request.m_format.m_vCodecs,
+                      {{"ict", Codec::Ict}, {"lbe", Codec::Lbe}},
+                      "ict or lbe, or ict,lbe for the frames in turn [ict]");
+    AddChoice<uint8_t>(app, "--protocol", request.m_format.m_protocol,
+                       {{"0", 0}, {"1", 1}, {"2", 2}}, "version 0, 1 or 2 [2]")
         ->type_name("N");
-    AddChoice<ChromaSubsampling>(app, "--chroma", request.m_chroma,
+    AddChoice<ChromaSubsampling>(app, "--chroma", request.m_format.m_chroma,
                                  {{"420", ChromaSubsampling::Yuv420},
                                   {"422", ChromaSubsampling::Yuv422},
                                   {"444", ChromaSubsampling::Yuv444}},
                                  "subsampling 420, 422 or 444 [420]");
-    AddChoice<RecordLayout>(app, "--layout", request.m_layout,
+    AddChoice<RecordLayout>(app, "--layout", request.m_format.m_layout,
                             {{"continuous", RecordLayout::Continuous},
                              {"pool", RecordLayout::Pool},
                              {"inplace", RecordLayout::InPlace}},
                             "for a decoder with threads: pool, without: continuous,\n"
                             "both: inplace [pool]");
-    app.add_option("--quality", request.m_quality,
+    app.add_option("--quality", request.m_format.m_quality,
                    "ict: 0 (coarse) to 15 (fine) [10]; lbe: 2 to 11\n"
                    "[10], in version 0 2 to 7 [7]")
         ->type_name("N");
+    AddRectangle(app, "--rectangle", request.m_area.m_rectangle,
+                 "only this part of the frames, in whole blocks of 16");
+    app.add_flag("--changed", request.m_area.m_bChangedOnly,
+                 "only the smallest rectangle that changed, if any did");
+    app.add_flag("--resize", request.m_bResize, "frames may change their size");
     app.add_option("--fps", request.m_fFramesPerSecond, "frames a second [25]")
         ->type_name("X")
         ->check(CLI::Range(0.001, 1e6).description(""));
@@ -73,73 +76,51 @@ void Describe(CLI::App& app, EncodeRequest& request) {
     app.add_flag("--quiet", request.m_bQuiet, "print nothing but errors");
 }
 
-recording::Header HeaderFor(const EncodeRequest& request, const Picture& picture) {
+recording::Header HeaderFor(const EncodeRequest& request, const PictureSize& size) {
     recording::Header header;
-    header.m_codec = request.m_codec.value_or(header.m_codec);
-    header.m_uiProtocolVersion = request.m_protocol.value_or(header.m_uiProtocolVersion);
-    header.m_chroma = request.m_chroma.value_or(header.m_chroma);
-    header.m_layout = request.m_layout.value_or(header.m_layout);
-    header.m_settings.m_uiWidth = static_cast<uint16_t>(picture.m_uiWidth);
-    header.m_settings.m_uiHeight = static_cast<uint16_t>(picture.m_uiHeight);
+    static_cast<recording::DecoderFormat&>(header) = FirstFormat(request.m_format);
+    header.m_settings.m_uiWidth = static_cast<uint16_t>(size.m_uiWidth);
+    header.m_settings.m_uiHeight = static_cast<uint16_t>(size.m_uiHeight);
     return header;
 }
 
-std::unique_ptr<UpdateEncoder> MakeEncoder(const recording::Header& header,
-                                           std::optional<uint32_t> quality) {
-    UpdateFormat format;
-    format.m_codec = header.m_codec;
-    format.m_uiProtocolVersion = header.m_uiProtocolVersion;
-    format.m_layout = header.m_layout;
-    if (format.m_codec == Codec::Ict)
-        return std::make_unique<IctEncoder>(format, header.m_chroma,
-                                            quality.value_or(DefaultQuality));
-    const bool fewQualities = format.m_uiProtocolVersion == 0;
-    return std::make_unique<LbeEncoder>(
-        format, header.m_chroma,
-        quality.value_or(fewQualities ? DefaultQualityOfLbeVersion0 : DefaultQuality));
-}
-
-void PrintUpdate(std::FILE* text, const Frame& frame, const EncodedUpdate& update) {
-    const Picture& picture = frame.m_picture;
+void PrintUpdate(std::FILE* text, const std::string& frame, const EncodedUpdate& update) {
+    const auto& area = update.m_rectangle;
     const auto bytes = static_cast<double>(update.m_vuiPayload.size());
-    const auto pixels = static_cast<double>(picture.m_vPixels.size());
-    std::fprintf(text, "%s: %zu x %zu, %.0f bytes, %.3f bits per pixel\n", frame.m_name.c_str(),
-                 picture.m_uiWidth, picture.m_uiHeight, bytes, 8 * bytes / pixels);
+    const double pixels = double{1} * area.m_uiWidth * area.m_uiHeight;
+    std::fprintf(text, "%s: %u x %u at %u, %u, %.0f bytes, %.3f bits per pixel\n", frame.c_str(),
+                 area.m_uiWidth, area.m_uiHeight, area.m_uiX, area.m_uiY, bytes,
+                 8 * bytes / pixels);
 }
 
-EncodedUpdate EncodeFrame(UpdateEncoder& encoder, const std::string& frame, const Picture& picture,
-                          const Picture* previous) {
-    try {
-        return encoder.EncodeUpdate(picture, previous);
-    } catch (const std::invalid_argument& error) {
-        throw std::runtime_error(frame + ": " + error.what());
-    }
+void PrintFrame(std::FILE* text, const std::string& frame,
+                const std::optional<EncodedUpdate>& update) {
+    if (update)
+        PrintUpdate(text, frame, *update);
+    else
+        std::fprintf(text, "%s: nothing changed, no update\n", frame.c_str());
 }
 
-/// An update of another size would not fail: a rectangle may overhang.
-void CheckSize(const std::string& frame, const Picture& picture,
-               const recording::Settings& settings) {
-    if (picture.m_uiWidth != settings.m_uiWidth || picture.m_uiHeight != settings.m_uiHeight)
-        throw std::runtime_error(frame + ": The recording's frames have " +
-                                 std::to_string(settings.m_uiWidth) + " x " +
-                                 std::to_string(settings.m_uiHeight) + " pixels");
+PictureSize SizeOf(const recording::Settings& settings) {
+    return {settings.m_uiWidth, settings.m_uiHeight};
 }
 
-/// The first frame is coded whole, whatever the recording showed before.
+/// A frame whose size could not be checked before, as it comes from a stream, is checked here.
 void EncodeFrames(const EncodeRequest& request, FrameReader& frames, Recorder& recorder) {
-    const auto encoder = MakeEncoder(recorder.GetHeader(), request.m_quality);
+    FrameEncoder encoder(recorder, request.m_format, request.m_area);
     const double period = 1e6 / request.m_fFramesPerSecond;
     double time = recorder.GetTime() ? static_cast<double>(*recorder.GetTime()) + period : 0;
-    std::optional<Picture> previous;
+    std::FILE* const text = TextStream({request.m_output});
     while (auto frame = frames.Next()) {
-        Picture& picture = frame->m_picture;
-        const EncodedUpdate update =
-            EncodeFrame(*encoder, frame->m_name, picture, previous ? &*previous : nullptr);
-        CheckSize(frame->m_name, picture, recorder.GetHeader().m_settings);
-        recorder.Write(update, static_cast<uint64_t>(time), !request.m_bWithoutChecksums);
+        const PictureSize size = frame->m_picture.GetSize();
+        CheckLimit(frame->m_name, size);
+        if (!request.m_bResize)
+            CheckSame(frame->m_name, size, SizeOf(recorder.GetHeader().m_settings));
+        const auto update =
+            encoder.Write(frame->m_name, std::move(frame->m_picture), static_cast<uint64_t>(time),
+                          !request.m_bWithoutChecksums);
         if (!request.m_bQuiet)
-            PrintUpdate(TextStream({request.m_output}), *frame, update);
-        previous = std::move(picture);
+            PrintFrame(text, frame->m_name, update);
         time += period;
     }
     recorder.Close();
@@ -150,6 +131,7 @@ void Append(const EncodeRequest& request) {
     if (IsStandardOutput(request.m_output))
         throw std::invalid_argument("--append needs the name of a file");
     Recorder recorder(request.m_output, request.m_bForce);
+    CheckFrames(request.m_vFrames, SizeOf(recorder.GetHeader().m_settings), request.m_bResize);
     FrameReader frames(request.m_vFrames);
     try {
         EncodeFrames(request, frames, recorder);
@@ -165,15 +147,15 @@ void Append(const EncodeRequest& request) {
 
 int Encode(const EncodeRequest& request) {
     if (request.m_bAppend) {
-        if (request.m_codec || request.m_protocol || request.m_chroma || request.m_layout)
-            throw std::invalid_argument("--append takes codec, protocol, chroma and layout from "
-                                        "the recording");
         Append(request);
         return Done;
     }
+    CheckQuality(request.m_format); // Before there is a file, as are the sizes.
+    CheckFrames(request.m_vFrames, std::nullopt, request.m_bResize);
     FrameReader frames(request.m_vFrames);
-    const recording::Header header = HeaderFor(request, frames.Peek().m_picture);
-    MakeEncoder(header, request.m_quality); // Refuses a wrong quality before there is a file.
+    const Frame& first = frames.Peek();
+    CheckLimit(first.m_name, first.m_picture.GetSize());
+    const recording::Header header = HeaderFor(request, first.m_picture.GetSize());
     WriteWhole(request.m_output, request.m_bForce, [&](std::FILE* file) {
         Recorder recorder(file, OutputName(request.m_output), header);
         EncodeFrames(request, frames, recorder);

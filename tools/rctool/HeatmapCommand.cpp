@@ -5,7 +5,6 @@
 #include "tools/rctool/OutputFile.h"
 #include "tools/rctool/PictureFile.h"
 #include "tools/rctool/RecordedUpdates.h"
-#include "tools/walker/StreamWalker.h"
 
 #include <cstdio>
 #include <stdexcept>
@@ -58,20 +57,18 @@ int MakeHeatmap(const HeatmapRequest& request) {
     recording::PlayerOptions options;
     options.m_target = recording::Target::Argb;
     Player player(header, options);
-    walker::StreamWalker streamWalker(WalkFormatOf(header));
     size_t number = 0;
     size_t failures = 0;
     size_t recordedFailures = 0;
     Heatmap heatmap(header.m_settings.m_uiWidth, header.m_settings.m_uiHeight, request.m_kind);
     ForEachUpdate(reader, player, [&](const RecordedUpdate& update) {
-        failures += player.Play(update.m_encoded).m_failure.empty() ? 0 : 1;
+        failures += player.Play(update).m_failure.empty() ? 0 : 1;
         recordedFailures += update.m_result == recording::FailedResult ? 1 : 0;
         const recording::Framebuffer& screen = player.GetFramebuffer();
         heatmap.UseSize(screen.GetWidth(), screen.GetHeight());
-        streamWalker.SetResolution(screen.GetWidth(), screen.GetHeight());
         if (number == request.m_update.value_or(number)) {
             heatmap.BeginUpdate(update.m_encoded.m_rectangle);
-            streamWalker.Walk(update.m_encoded, heatmap);
+            WalkerOf(reader, update).Walk(update.m_encoded, heatmap);
         }
         return number++ != request.m_update;
     });

@@ -25,44 +25,43 @@ void Describe(CLI::App& app, InfoRequest& request) {
 /// Walks all updates; nothing is decoded.
 class InfoCollector {
 public:
-    explicit InfoCollector(InfoReport& report)
-        : m_report(report), m_walker(WalkFormatOf(report.m_header)) {
-        Use(report.m_header.m_settings);
+    InfoCollector(InfoReport& report, const RecordingReader& reader)
+        : m_report(report), m_reader(reader) {
+        m_report.m_vDecoders.push_back({reader.GetHeader(), 0, {}});
     }
 
     void operator()(const RecordedUpdate& update) {
         const auto& encoded = update.m_encoded;
+        DecoderReport& decoder = m_report.m_vDecoders.at(update.m_uiDecoder);
         ++m_report.m_uiUpdates;
+        ++decoder.m_uiUpdates;
         ++m_report.m_qualities[encoded.m_uiQuality];
         m_report.m_uiPayloadBytes += encoded.m_vuiPayload.size();
         m_report.m_uiLastTime = update.m_uiTime;
         m_report.m_uiChecksums += update.m_coverage != recording::Coverage::Nothing ? 1 : 0;
         m_report.m_uiRecordedFailures += update.m_result == recording::FailedResult ? 1 : 0;
-        if (const auto end = m_walker.Walk(encoded, m_report.m_statistics))
-            m_report.m_statistics.AddUpdate(*end, encoded.m_vuiPayload.size());
+        if (const auto end = WalkerOf(m_reader, update).Walk(encoded, decoder.m_statistics))
+            decoder.m_statistics.AddUpdate(*end, encoded.m_vuiPayload.size());
     }
-    void operator()(const recording::Settings& settings) {
-        ++m_report.m_uiSettingsChanges;
-        Use(settings);
-    }
+    void operator()(const recording::Settings&) { ++m_report.m_uiSettingsChanges; }
     void operator()(const recording::RecordedPicture&) { ++m_report.m_uiPictures; }
     void operator()(const recording::Note& note) { m_report.m_vNotes.push_back(note.m_text); }
-
-private:
-    void Use(const recording::Settings& settings) {
-        m_walker.SetResolution(settings.m_uiWidth, settings.m_uiHeight);
+    void operator()(const recording::AddedDecoder& decoder) {
+        m_report.m_vDecoders.push_back({decoder.m_format, 0, {}});
     }
 
+private:
     InfoReport& m_report;
-    walker::StreamWalker m_walker;
+    const RecordingReader& m_reader;
 };
 
 int Info(const InfoRequest& request) {
     RecordingReader reader(request.m_recording);
     InfoReport report;
+    report.m_uiFileVersion = reader.GetFileVersion();
     report.m_header = reader.GetHeader();
     report.m_bIndexed = reader.ReadIndex().has_value();
-    InfoCollector collector(report);
+    InfoCollector collector(report, reader);
     while (const auto record = reader.Next()) {
         CheckForInterruption();
         std::visit(collector, *record);
@@ -73,7 +72,7 @@ int Info(const InfoRequest& request) {
     else
         PrintText(report);
     const int end = ReportEnd(request.m_recording, reader.GetEnd());
-    const bool unexpectedFaults = report.m_statistics.m_uiFaults > report.m_uiRecordedFailures;
+    const bool unexpectedFaults = report.Total().m_uiFaults > report.m_uiRecordedFailures;
     return unexpectedFaults ? int{UpdateFailed} : end;
 }
 

@@ -1,8 +1,7 @@
 #include "tools/rctool/InfoReport.h"
 
 #include "tools/rctool/Names.h"
-
-#include <nlohmann/json.hpp>
+#include "tools/rctool/UpdateJson.h"
 
 #include <algorithm>
 #include <array>
@@ -60,6 +59,23 @@ std::span<const libimagedecoder::IctComponent> ComponentsOf(streamencoder::Codec
         .first(codec == streamencoder::Codec::Ict ? Components.size() : LbePlanes);
 }
 
+/// What the components of the recorded codecs took, by their names.
+std::vector<std::pair<std::string, size_t>> ComponentBits(const InfoReport& report) {
+    std::vector<std::pair<std::string, size_t>> named;
+    for (const DecoderReport& decoder : report.m_vDecoders) {
+        const auto codec = decoder.m_format.m_codec;
+        for (const auto component : ComponentsOf(codec)) {
+            const std::string name = NameOf(codec, component);
+            auto place =
+                std::ranges::find(named, name, [](const auto& entry) { return entry.first; });
+            if (place == named.end())
+                place = named.insert(place, {name, 0});
+            place->second += decoder.m_statistics.m_auiComponentBits[component];
+        }
+    }
+    return named;
+}
+
 const char* NameOfEnd(EndKind kind) {
     switch (kind) {
     case EndKind::Whole:
@@ -74,13 +90,24 @@ const char* NameOfEnd(EndKind kind) {
     return "";
 }
 
+void PrintDecoders(const std::vector<DecoderReport>& decoders) {
+    for (size_t i = 0; i < decoders.size(); ++i) {
+        const recording::DecoderFormat& format = decoders[i].m_format;
+        if (decoders.size() == 1)
+            std::printf("stream         ");
+        else
+            std::printf("decoder %-3zu    %zu updates, ", i, decoders[i].m_uiUpdates);
+        std::printf("%s %s, protocol version %u, %s\n", NameOf(format.m_codec),
+                    NameOf(format.m_chroma), format.m_uiProtocolVersion, NameOf(format.m_layout));
+    }
+}
+
 void PrintHeader(const InfoReport& report) {
     const recording::Header& header = report.m_header;
     const recording::Settings& settings = header.m_settings;
     std::printf("framebuffer    %u x %u, %s\n", settings.m_uiWidth, settings.m_uiHeight,
                 NameOf(settings.m_sink));
-    std::printf("stream         %s %s, protocol version %u, %s\n", NameOf(header.m_codec),
-                NameOf(header.m_chroma), header.m_uiProtocolVersion, NameOf(header.m_layout));
+    PrintDecoders(report.m_vDecoders);
     std::printf("drawing        contrast %u, post-processing %s, %s kernels, %u threads\n",
                 settings.m_uiContrast, settings.m_bPostprocessing ? "on" : "off",
                 NameOf(settings.m_kernels), header.m_uiThreads);
@@ -91,13 +118,13 @@ void PrintHeader(const InfoReport& report) {
     if (report.m_uiSettingsChanges + report.m_uiPictures != 0)
         std::printf("other records  %zu settings, %zu pictures\n", report.m_uiSettingsChanges,
                     report.m_uiPictures);
-    if (report.m_uiRecordedFailures + report.m_statistics.m_uiFaults != 0)
+    const size_t faults = report.Total().m_uiFaults;
+    if (report.m_uiRecordedFailures + faults != 0)
         std::printf("failures       %zu recorded, %zu found\n", report.m_uiRecordedFailures,
-                    report.m_statistics.m_uiFaults);
+                    faults);
 }
 
-void PrintMacroblocks(const InfoReport& report) {
-    const StreamStatistics& statistics = report.m_statistics;
+void PrintMacroblocks(const InfoReport& report, const StreamStatistics& statistics) {
     const Spread spread = SpreadOf(statistics.m_vuiMacroblockBits);
     const size_t skipped = SkippedOf(statistics);
     std::printf("qualities     ");
@@ -112,10 +139,8 @@ void PrintMacroblocks(const InfoReport& report) {
     std::printf("bits by use    skip codes %.1f %%, lengths %.1f %%, filling %.1f %%",
                 Percent(statistics.m_uiSkipBits, all), Percent(statistics.m_uiLengthBits, all),
                 Percent(statistics.m_iFillingBits, all));
-    const auto codec = report.m_header.m_codec;
-    for (const auto component : ComponentsOf(codec))
-        std::printf(", %s %.1f %%", NameOf(codec, component),
-                    Percent(statistics.m_auiComponentBits[component], all));
+    for (const auto& [component, bits] : ComponentBits(report))
+        std::printf(", %s %.1f %%", component.c_str(), Percent(bits, all));
     std::printf("\n");
 }
 
@@ -132,6 +157,12 @@ void PrintSymbols(const StreamStatistics& statistics, size_t payloadBits) {
                     count.m_uiCount, Percent(count.m_uiBits, payloadBits));
 }
 
+nlohmann::ordered_json ToJson(const DecoderReport& decoder) {
+    auto json = DescribeDecoder(decoder.m_format);
+    json["updates"] = decoder.m_uiUpdates;
+    return json;
+}
+
 /// A note as one line that leaves the terminal alone: it may come from anywhere.
 std::string Printable(std::string text) {
     for (char& character : text) {
@@ -144,10 +175,18 @@ std::string Printable(std::string text) {
 
 } // namespace
 
+StreamStatistics InfoReport::Total() const {
+    StreamStatistics total;
+    for (const DecoderReport& decoder : m_vDecoders)
+        total.Add(decoder.m_statistics);
+    return total;
+}
+
 void PrintText(const InfoReport& report) {
+    const StreamStatistics total = report.Total();
     PrintHeader(report);
-    PrintMacroblocks(report);
-    PrintSymbols(report.m_statistics, 8 * report.m_uiPayloadBytes);
+    PrintMacroblocks(report, total);
+    PrintSymbols(total, 8 * report.m_uiPayloadBytes);
     for (const std::string& note : report.m_vNotes)
         std::printf("note           %s\n", Printable(note).c_str());
 }
@@ -155,9 +194,10 @@ void PrintText(const InfoReport& report) {
 void PrintJson(const InfoReport& report) {
     const recording::Header& header = report.m_header;
     const recording::Settings& settings = header.m_settings;
-    const StreamStatistics& statistics = report.m_statistics;
+    const StreamStatistics statistics = report.Total();
     const Spread spread = SpreadOf(statistics.m_vuiMacroblockBits);
-    nlohmann::ordered_json json = {{"codec", NameOf(header.m_codec)},
+    nlohmann::ordered_json json = {{"fileVersion", report.m_uiFileVersion},
+                                   {"codec", NameOf(header.m_codec)},
                                    {"protocolVersion", header.m_uiProtocolVersion},
                                    {"chroma", NameOf(header.m_chroma)},
                                    {"layout", NameOf(header.m_layout)},
@@ -193,8 +233,10 @@ void PrintJson(const InfoReport& report) {
                                     {{"skipCodes", statistics.m_uiSkipBits},
                                      {"lengths", statistics.m_uiLengthBits},
                                      {"filling", statistics.m_iFillingBits}}}};
-    for (const auto component : ComponentsOf(header.m_codec))
-        json["bits"][NameOf(header.m_codec, component)] = statistics.m_auiComponentBits[component];
+    for (const auto& [component, bits] : ComponentBits(report))
+        json["bits"][component] = bits;
+    for (const DecoderReport& decoder : report.m_vDecoders)
+        json["decoders"].push_back(ToJson(decoder));
     for (const auto& [quality, updates] : report.m_qualities)
         json["qualities"][std::to_string(quality)] = updates;
     for (const auto& [symbolClass, count] : statistics.m_symbols)

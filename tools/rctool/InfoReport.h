@@ -11,9 +11,18 @@
 
 namespace Vostrel::rctool {
 
+/// What the updates of one decoder are made of.
+struct DecoderReport {
+    recording::DecoderFormat m_format;
+    size_t m_uiUpdates = 0;
+    walker::StreamStatistics m_statistics;
+};
+
 /// All that is told of a recording.
 struct InfoReport {
+    uint16_t m_uiFileVersion = 0;
     recording::Header m_header;
+    std::vector<DecoderReport> m_vDecoders; ///< by their index
     recording::RecordingEnd m_end;
     bool m_bIndexed = false;
     size_t m_uiUpdates = 0;
@@ -25,7 +34,9 @@ struct InfoReport {
     size_t m_uiPictures = 0;
     std::vector<std::string> m_vNotes;
     std::map<uint32_t, size_t> m_qualities; ///< updates of each quality
-    walker::StreamStatistics m_statistics;
+
+    /// Of all decoders.
+    walker::StreamStatistics Total() const;
 };
 
 /// Write to the standard output.

@@ -3,7 +3,6 @@
 #include "tools/rctool/Interruption.h"
 #include "tools/rctool/Options.h"
 #include "tools/rctool/RecordedUpdates.h"
-#include "tools/walker/StreamWalker.h"
 
 #include <utility>
 
@@ -81,9 +80,9 @@ private:
 int Inspect(const InspectRequest& request) {
     recording::RecordingReader reader(request.m_recording);
     InspectReport report;
-    report.m_codec = reader.GetHeader().m_codec;
     report.m_uiNumber = request.m_uiUpdate;
     report.m_update = ReadUpdate(reader, request.m_recording, request.m_uiUpdate);
+    report.m_codec = reader.GetDecoders().at(report.m_update.m_uiDecoder).m_codec;
     report.m_macroblock = request.m_macroblock;
     const auto& encoded = report.m_update.m_encoded;
     const size_t macroblocks = encoded.m_rectangle.MacroblockCount();
@@ -91,11 +90,8 @@ int Inspect(const InspectRequest& request) {
         throw std::invalid_argument("The update has " + std::to_string(macroblocks) +
                                     " macroblocks, counted from 0");
 
-    walker::StreamWalker streamWalker(WalkFormatOf(reader.GetHeader()));
-    const recording::Settings& settings = reader.GetSettings();
-    streamWalker.SetResolution(settings.m_uiWidth, settings.m_uiHeight);
     InspectCollector collector(report, request.m_bSymbols);
-    report.m_end = streamWalker.Walk(encoded, collector);
+    report.m_end = WalkerOf(reader, report.m_update).Walk(encoded, collector);
     (request.m_bJson ? PrintJson : PrintText)(report);
     return report.m_fault ? UpdateFailed : Done;
 }

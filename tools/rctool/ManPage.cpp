@@ -1,13 +1,16 @@
 #include "tools/rctool/Commands.h"
+#include "tools/rctool/ManualChapters.h"
 #include "tools/rctool/StandardStreams.h"
 
 #include <algorithm>
 #include <cctype>
 #include <cstdio>
+#include <fstream>
 #include <string>
 #include <string_view>
 
-/// Prints the manual page, which is made from the program's own description of itself.
+/// Prints the manual page: the program's own description of its options, and the chapters of the
+/// page in Markdown that is named.
 namespace {
 
 using namespace Vostrel::rctool;
@@ -25,30 +28,18 @@ constexpr Example Examples[] = {
     {"decode", "Whether a viewer still shows the recorded pictures, and the last one of them:",
      "rctool decode desktop.rcrec --verify -o last.png"},
     {"info", "What the bits were spent on:", "rctool info desktop.rcrec"},
+    {"list", "The updates with their times:", "rctool list desktop.rcrec"},
     {"inspect", "Every code of a macroblock:",
      "rctool inspect desktop.rcrec --update 1 --macroblock 66 --symbols"},
     {"heatmap", "Where the bits went:", "rctool heatmap desktop.rcrec -o heat.png"},
+    {"export",
+     "A film of the connection:", "rctool export desktop.rcrec --y4m - | ffmpeg -i - desktop.mkv"},
+    {"compare", "Where two encodings of the same frames differ:",
+     "rctool compare fine.rcrec coarse.rcrec -o differences.png"},
     {"bench", "What a second worker gains:",
      "rctool bench desktop.rcrec --threads 1\n"
      "rctool bench desktop.rcrec --threads 2"},
 };
-
-/// Text as the formatter wants it: no backslashes, no leading dots, hyphens that can be copied.
-std::string Escaped(const std::string& text) {
-    std::string escaped;
-    for (const char character : text) {
-        if (character == '-')
-            escaped += "\\-";
-        else if (character == '\\')
-            escaped += "\\e";
-        else if ((character == '.' || character == '\'') &&
-                 (escaped.empty() || escaped.back() == '\n'))
-            escaped += std::string("\\&") + character;
-        else
-            escaped += character;
-    }
-    return escaped;
-}
 
 std::string UpperCase(std::string text) {
     std::transform(text.begin(), text.end(), text.begin(),
@@ -94,7 +85,10 @@ void PrintCommand(const CLI::App& command) {
 
 } // namespace
 
-int main() {
+int main(int argc, char** argv) {
+    std::ifstream chapters(argc == 2 ? argv[1] : "");
+    if (!chapters)
+        return 1;
     Action action;
     const auto app = MakeApp(action);
     const std::string& name = app->get_name();
@@ -109,9 +103,7 @@ int main() {
     std::printf(".SH COMMANDS\n");
     for (const CLI::App* command : app->get_subcommands(nullptr))
         PrintCommand(*command);
-    std::printf(".SH EXIT STATUS\n");
-    const std::string footer = app->get_footer();
-    PrintParagraphs(footer.substr(footer.find("Exit status:") + sizeof("Exit status:") - 1));
+    std::fputs(ToManual(chapters).c_str(), stdout);
     try {
         FinishStandardOutput();
         return Done;

@@ -1,5 +1,8 @@
 #include "tools/rctool/Options.h"
 
+#include <array>
+#include <charconv>
+
 namespace Vostrel::rctool {
 
 using recording::KernelVariant;
@@ -19,6 +22,46 @@ void AddRecordingArgument(CLI::App& app, std::string& path) {
 
 void AddForce(CLI::App& app, bool& force, const char* help) {
     app.add_flag("--force", force, help);
+}
+
+namespace {
+
+/// Nothing for text that is no rectangle.
+std::optional<libimagedecoder::UpdateRectangle> ParseRectangle(const std::string& text) {
+    constexpr unsigned long Most = 65535;
+    std::array<unsigned long, 4> numbers{};
+    const char* next = text.data();
+    const char* const end = next + text.size();
+    for (size_t i = 0; i < numbers.size(); ++i) {
+        if (i > 0 && (next == end || *next++ != ','))
+            return std::nullopt;
+        const auto [after, error] = std::from_chars(next, end, numbers[i]);
+        if (error != std::errc() || numbers[i] > Most || (i >= 2 && numbers[i] == 0))
+            return std::nullopt;
+        next = after;
+    }
+    if (next != end)
+        return std::nullopt;
+    return libimagedecoder::UpdateRectangle{
+        static_cast<uint16_t>(numbers[0]), static_cast<uint16_t>(numbers[1]),
+        static_cast<uint16_t>(numbers[2]), static_cast<uint16_t>(numbers[3])};
+}
+
+} // namespace
+
+void AddRectangle(CLI::App& app, const std::string& name,
+                  std::optional<libimagedecoder::UpdateRectangle>& rectangle,
+                  const std::string& help) {
+    app.add_option_function<std::string>(
+           name,
+           [&rectangle, name](const std::string& text) {
+               rectangle = ParseRectangle(text);
+               if (!rectangle)
+                   throw CLI::ValidationError(
+                       name, text + ": not X,Y,WIDTH,HEIGHT, with sides of at least 1");
+           },
+           help)
+        ->type_name("X,Y,W,H");
 }
 
 void AddDecodingOptions(CLI::App& app, DecodingOptions& options) {

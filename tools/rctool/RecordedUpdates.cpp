@@ -8,10 +8,38 @@ namespace Vostrel::rctool {
 
 using recording::EndKind;
 
-walker::WalkFormat WalkFormatOf(const recording::Header& header) {
-    return {header.m_codec, header.m_uiProtocolVersion, header.m_chroma,
-            header.m_uiProtocolVersion >= 2 &&
-                header.m_layout == streamencoder::RecordLayout::Pool};
+namespace {
+
+struct RecordApplier {
+    void operator()(const recording::RecordedUpdate&) const {}
+    void operator()(const recording::Note&) const {}
+    template <class Change>
+    void operator()(const Change& change) const {
+        m_player.Apply(change);
+    }
+
+    recording::Player& m_player;
+};
+
+} // namespace
+
+walker::StreamWalker WalkerOf(const recording::RecordingReader& reader,
+                              const recording::RecordedUpdate& update) {
+    const recording::DecoderFormat& format = reader.GetDecoders().at(update.m_uiDecoder);
+    walker::StreamWalker streamWalker({format.m_codec, format.m_uiProtocolVersion, format.m_chroma,
+                                       recording::CutsRecords(format)});
+    const recording::Settings& settings = reader.GetSettings();
+    streamWalker.SetResolution(settings.m_uiWidth, settings.m_uiHeight);
+    return streamWalker;
+}
+
+void ApplyTo(recording::Player& player, const recording::Record& record, uint64_t offset) {
+    try {
+        std::visit(RecordApplier{player}, record);
+    } catch (const recording::RecordingError& error) {
+        throw recording::RecordingError("The record at byte " + std::to_string(offset) + ": " +
+                                        error.what());
+    }
 }
 
 int ReportEnd(const std::string& path, const recording::RecordingEnd& end) {

@@ -3,7 +3,7 @@
 #include "tools/rctool/Interruption.h"
 #include "tools/recording/Player.h"
 #include "tools/recording/RecordingReader.h"
-#include "tools/walker/BlockWalker.h"
+#include "tools/walker/StreamWalker.h"
 
 #include <cstddef>
 #include <stdexcept>
@@ -13,8 +13,10 @@
 /// What subcommands do with the updates of a recording.
 namespace Vostrel::rctool {
 
-/// How the updates of a recording are coded.
-walker::WalkFormat WalkFormatOf(const recording::Header& header);
+/// A walker for the update that a reader delivered last: of its decoder's format, with the size of
+/// its framebuffer.
+walker::StreamWalker WalkerOf(const recording::RecordingReader& reader,
+                              const recording::RecordedUpdate& update);
 
 /// Complains about a recording that ends amid a record. Returns RecordingEnds then, Done otherwise.
 int ReportEnd(const std::string& path, const recording::RecordingEnd& end);
@@ -31,6 +33,10 @@ recording::RecordedUpdate ReadUpdate(recording::RecordingReader& reader, const s
 /// That a recording has no update of a number, as it has only so many.
 std::invalid_argument NoSuchUpdate(const std::string& path, size_t updates);
 
+/// Feeds a player with a record that is no update. Throws what the player throws, with the record's
+/// place when the recording is at fault.
+void ApplyTo(recording::Player& player, const recording::Record& record, uint64_t offset);
+
 /// Feeds a player with the records of a reader, up to the end or until onUpdate returns false.
 /// onUpdate is called for updates, which it has to play. Throws Interrupted.
 template <class OnUpdate>
@@ -38,12 +44,10 @@ void ForEachUpdate(recording::RecordingReader& reader, recording::Player& player
                    OnUpdate onUpdate) {
     while (const auto record = reader.Next()) {
         CheckForInterruption();
-        if (const auto* settings = std::get_if<recording::Settings>(&*record))
-            player.Apply(*settings);
-        else if (const auto* picture = std::get_if<recording::RecordedPicture>(&*record))
-            player.Apply(*picture);
-        else if (const auto* update = std::get_if<recording::RecordedUpdate>(&*record);
-                 update != nullptr && !onUpdate(*update))
+        const auto* const update = std::get_if<recording::RecordedUpdate>(&*record);
+        if (update == nullptr)
+            ApplyTo(player, *record, reader.GetOffset());
+        else if (!onUpdate(*update))
             return;
     }
 }

@@ -3,6 +3,7 @@
 #include "tools/rctool/Destination.h"
 #include "tools/rctool/RecordedUpdates.h"
 #include "tools/rctool/StdioStream.h"
+#include "tools/recording/DecoderFactory.h"
 
 #include <filesystem>
 
@@ -34,6 +35,7 @@ FileLock LockRecording(const std::string& path) {
 Recorder::Recorder(std::FILE* file, const std::string& path, const Header& header)
     : m_path(path), m_header(header), m_pPlayer(std::make_unique<Player>(header, PlayerOptions{})) {
     m_header.m_uiThreads = m_pPlayer->GetThreads();
+    m_vDecoders.assign(1, m_header);
     m_pWriter = std::make_unique<RecordingWriter>(std::make_unique<StdioStream>(file), m_header,
                                                   path + ": ");
 }
@@ -45,9 +47,11 @@ Recorder::Recorder(const std::string& path, bool dropRest)
     m_pPlayer = std::make_unique<Player>(m_header, PlayerOptions{});
     auto updates = PlayAll(reader);
     m_header.m_settings = reader.GetSettings();
+    m_vDecoders = reader.GetDecoders();
     const RecordingEnd& end = reader.GetEnd();
     CheckThatItCanGoOn(path, end, dropRest);
-    m_pWriter = std::make_unique<RecordingWriter>(path, end.m_uiOffset, std::move(updates));
+    m_pWriter = std::make_unique<RecordingWriter>(path, reader.GetFileVersion(), end.m_uiOffset,
+                                                  std::move(updates));
     m_oldEnd = end.m_uiOffset;
 }
 
@@ -62,7 +66,7 @@ Recorder::~Recorder() {
 std::vector<IndexEntry> Recorder::PlayAll(RecordingReader& reader) {
     std::vector<IndexEntry> updates;
     ForEachUpdate(reader, *m_pPlayer, [&](const RecordedUpdate& update) {
-        m_pPlayer->Play(update.m_encoded);
+        m_pPlayer->Play(update);
         m_time = update.m_uiTime;
         updates.push_back({reader.GetOffset(), update.m_uiTime});
         return true;
@@ -70,8 +74,26 @@ std::vector<IndexEntry> Recorder::PlayAll(RecordingReader& reader) {
     return updates;
 }
 
-void Recorder::Write(const EncodedUpdate& encoded, uint64_t time, bool checked) {
+uint8_t Recorder::AddDecoder(DecoderFormat format) {
+    if (m_vDecoders.size() == MaxDecoders)
+        throw RecordingError(m_path + ": The recording holds as many decoders as it can");
+    format.m_uiThreads = ChooseThreads(format, std::nullopt);
+    const AddedDecoder added{static_cast<uint8_t>(m_vDecoders.size()), format};
+    m_pPlayer->Apply(added);
+    m_pWriter->Write(added);
+    m_vDecoders.push_back(format);
+    return added.m_uiIndex;
+}
+
+void Recorder::Use(const Settings& settings) {
+    m_pPlayer->Apply(settings);
+    m_pWriter->Write(settings);
+    m_header.m_settings = settings;
+}
+
+void Recorder::Write(const EncodedUpdate& encoded, uint8_t decoder, uint64_t time, bool checked) {
     RecordedUpdate update;
+    update.m_uiDecoder = decoder;
     update.m_encoded = encoded;
     update.m_uiTime = time;
     if (checked)
@@ -82,7 +104,7 @@ void Recorder::Write(const EncodedUpdate& encoded, uint64_t time, bool checked) 
 }
 
 void Recorder::AddChecksum(RecordedUpdate& update) {
-    const auto played = m_pPlayer->Play(update.m_encoded);
+    const auto played = m_pPlayer->Play(update);
     if (!played.m_failure.empty())
         throw RecordingError("An update cannot be decoded: " + played.m_failure);
     update.m_result = played.m_uiResult;

@@ -40,9 +40,21 @@ public:
     /// How many updates were recorded here, after those that an older recording had.
     size_t GetAdded() const { return m_uiAdded; }
 
-    /// Records an update at a time in microseconds. checked: with a decoder's result and a checksum
-    /// of the picture. Throws RecordingError, also for an update that cannot be decoded.
-    void Write(const recording::EncodedUpdate& encoded, uint64_t time, bool checked);
+    /// The decoders that updates can be for, by their index.
+    const std::vector<recording::DecoderFormat>& GetDecoders() const { return m_vDecoders; }
+
+    /// Describes a further decoder and returns its index. Throws RecordingError for a recording of
+    /// version 1, which holds one alone, and when there are MaxDecoders.
+    uint8_t AddDecoder(recording::DecoderFormat format);
+
+    /// Changes the settings from here on.
+    void Use(const recording::Settings& settings);
+
+    /// Records an update for a decoder at a time in microseconds. checked: with the decoder's
+    /// result and a checksum of the picture. Throws RecordingError, also for an update that cannot
+    /// be decoded.
+    void Write(const recording::EncodedUpdate& encoded, uint8_t decoder, uint64_t time,
+               bool checked);
 
     void Close();
 
@@ -53,6 +65,7 @@ private:
     std::string m_path;
     FileLock m_lock; ///< of an older recording
     recording::Header m_header;
+    std::vector<recording::DecoderFormat> m_vDecoders;
     std::optional<uint64_t> m_time;
     size_t m_uiAdded = 0;
     std::optional<uint64_t> m_oldEnd; ///< of an older recording that is not closed again yet

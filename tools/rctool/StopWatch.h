@@ -1,8 +1,8 @@
 #pragma once
 
-#include <ctime>
-
+#include <algorithm>
 #include <cstdint>
+#include <ctime>
 
 namespace Vostrel::rctool {
 
@@ -13,8 +13,9 @@ struct WorkTime {
     int64_t m_iOwn = 0;
     int64_t m_iAll = 0;
 
-    /// Processor time of the other threads: the workers.
-    int64_t Workers() const { return m_iAll - m_iOwn; }
+    /// Processor time of the other threads: the workers. The clocks are read one after another, so
+    /// their difference may be a little below zero.
+    int64_t Workers() const { return std::max<int64_t>(m_iAll - m_iOwn, 0); }
 };
 
 /// Takes such times.

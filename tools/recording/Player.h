@@ -1,17 +1,13 @@
 #pragma once
 
-#include "libimagedecoder/IImageDecoder.h"
-#include "libimagedecoder/ILogger.h"
-#include "libimagedecoder/ImageDecoderRenderer.h"
-#include "libimagedecoder/StreambufferArray.h"
 #include "tools/recording/Framebuffer.h"
 #include "tools/recording/Kernels.h"
+#include "tools/recording/PlayedDecoder.h"
 #include "tools/recording/Recording.h"
 
-#include <cstdint>
 #include <memory>
 #include <optional>
-#include <string>
+#include <vector>
 
 namespace Vostrel::recording {
 
@@ -28,24 +24,20 @@ struct PlayerOptions {
     Target m_target = Target::AsRecorded;
 };
 
-/// What came of an update.
-struct PlayedUpdate {
-    uint64_t m_uiResult;        ///< of the decoder; FailedResult for a failure
-    std::string m_failure;      ///< empty without one
-    uint64_t m_uiConsumedBytes; ///< of the payload; all of it when the update failed
-};
-
-/// Decodes the updates of a recording with the library, as a viewer does.
+/// Decodes the updates of a recording with the library, as a viewer does: one decoder for each that
+/// the recording describes, one framebuffer for all of them.
 class Player {
 public:
     /// Throws std::invalid_argument for options that do not go with the recording, RecordingError
-    /// for a framebuffer that is too large.
+    /// for a framebuffer that is too large, or of planes that a decoder cannot draw into.
     Player(const Header& header, const PlayerOptions& options);
     ~Player();
     Player(const Player&) = delete;
     Player& operator=(const Player&) = delete;
 
-    PlayedUpdate Play(const EncodedUpdate& update);
+    /// Throws std::out_of_range for an update of a decoder that was not added, which a reader never
+    /// delivers.
+    PlayedUpdate Play(const RecordedUpdate& update);
 
     /// Throws as the constructor does.
     void Apply(const Settings& settings);
@@ -54,41 +46,28 @@ public:
     /// one of another sink than is drawn into.
     void Apply(const RecordedPicture& picture);
 
+    /// Adds a decoder with the next index. Throws as the constructor does.
+    void Apply(const AddedDecoder& decoder);
+
     const Framebuffer& GetFramebuffer() const { return m_framebuffer; }
-    unsigned GetThreads() const { return m_uiThreads; }
     KernelVariant GetKernels() const { return m_kernels; }
 
+    /// Of decoder 0.
+    unsigned GetThreads() const { return m_uiThreads; }
+
 private:
-    class SilentLogger : public libimagedecoder::ILogger {
-    public:
-        void LogInternal(const char*) override {}
-    };
-
-    /// A stream that gets the bytes of one update after the other.
-    class UpdateStream : public libimagedecoder::StreambufferArray {
-    public:
-        explicit UpdateStream(libimagedecoder::ILogger* logger)
-            : StreambufferArray(logger, nullptr, 0) {}
-        void SetPayload(const std::vector<uint8_t>& payload);
-    };
-
     Settings Drawn(Settings settings) const;
-    void UseSettings();
-    void AimAtFramebuffer();
-    uint64_t Decode(const EncodedUpdate& update);
-    uint64_t DecodeOntoScreenPlanes(const EncodedUpdate& update);
+    void CheckSink(const DecoderFormat& format, const Settings& settings) const;
+    [[noreturn]] void RefusePlanes(const char* reason) const;
+    void AddDecoder(const DecoderFormat& format, unsigned threads);
 
-    Codec m_codec;
-    ChromaSubsampling m_chroma;
-    Target m_target;
+    ChromaSubsampling m_chroma; ///< of plane framebuffers
+    PlayerOptions m_options;
     Settings m_settings;
     unsigned m_uiThreads;
     KernelVariant m_kernels;
-    SilentLogger m_logger;
-    UpdateStream m_stream{&m_logger};
     Framebuffer m_framebuffer;
-    libimagedecoder::ImageDecoderRenderer m_renderer;
-    std::unique_ptr<libimagedecoder::IImageDecoder> m_pDecoder;
+    std::vector<std::unique_ptr<PlayedDecoder>> m_vDecoders;
 };
 
 } // namespace Vostrel::recording

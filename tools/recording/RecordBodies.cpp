@@ -20,22 +20,23 @@ std::vector<uint8_t> Unpack(std::span<const uint8_t> packed, uint64_t size) {
 
 } // namespace
 
+uint16_t FileVersionOf(std::span<const uint8_t> bytes) {
+    return ByteSource(bytes.subspan(FileMagic.size())).Get<uint16_t>();
+}
+
 Header ParseHeader(std::span<const uint8_t> bytes) {
     ByteSource source(bytes.subspan(FixedHeaderSize));
     Header header;
-    header.m_codec = source.GetUpTo(Codec::Lbe);
-    header.m_uiProtocolVersion = source.GetUpTo(uint8_t{2});
-    header.m_chroma = source.GetUpTo(ChromaSubsampling::Yuv444);
-    header.m_layout = source.GetUpTo(RecordLayout::InPlace);
+    static_cast<DecoderFormat&>(header) = GetFormat(source);
     header.m_settings = GetSettings(source);
     header.m_uiStartTime = source.Get<uint64_t>();
     header.m_uiThreads = source.Get<uint32_t>();
     return header;
 }
 
-RecordedUpdate ParseUpdate(ByteSource body) {
+RecordedUpdate ParseUpdate(ByteSource body, uint16_t fileVersion) {
     const auto fieldsSize = body.Get<uint16_t>();
-    if (fieldsSize < UpdateFieldsSize)
+    if (fieldsSize < FirstUpdateFieldsSize)
         throw BadRecord("an update's fields are too short");
     RecordedUpdate update;
     const auto flags = body.Get<uint8_t>();
@@ -50,10 +51,21 @@ RecordedUpdate ParseUpdate(ByteSource body) {
     if ((flags & ResultKnown) != 0)
         update.m_result = result;
     update.m_uiPictureCrc = body.Get<uint32_t>();
-    body.GetBytes(fieldsSize - UpdateFieldsSize);
+    ByteSource furtherFields(body.GetBytes(fieldsSize - FirstUpdateFieldsSize));
+    if (fileVersion > FirstFileVersion && fieldsSize >= UpdateFieldsSize)
+        update.m_uiDecoder = furtherFields.Get<uint8_t>();
     const auto payload = body.GetRest();
     update.m_encoded.m_vuiPayload.assign(payload.begin(), payload.end());
     return update;
+}
+
+AddedDecoder ParseDecoder(ByteSource body) {
+    AddedDecoder added;
+    added.m_uiIndex = body.Get<uint8_t>();
+    added.m_format = GetFormat(body);
+    body.GetBytes(DecoderFillingSize);
+    added.m_format.m_uiThreads = body.Get<uint32_t>();
+    return added;
 }
 
 RecordedPicture ParsePicture(ByteSource body, uint64_t size) {

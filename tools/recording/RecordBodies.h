@@ -13,9 +13,13 @@
 namespace Vostrel::recording {
 
 /// bytes: from the file's first to the header's last.
+uint16_t FileVersionOf(std::span<const uint8_t> bytes);
 Header ParseHeader(std::span<const uint8_t> bytes);
 
-RecordedUpdate ParseUpdate(ByteSource body);
+/// fileVersion: in version 1 every update is for decoder 0.
+RecordedUpdate ParseUpdate(ByteSource body, uint16_t fileVersion);
+
+AddedDecoder ParseDecoder(ByteSource body);
 
 /// size: of the framebuffer in bytes. A picture of another size is refused before there is memory
 /// for it, where it is compressed beyond what the compression can do.

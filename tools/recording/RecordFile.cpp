@@ -40,7 +40,8 @@ std::vector<uint8_t> RecordFile::ReadHeader() {
     ByteSource source(start);
     if (start.size() < FixedHeaderSize || !IsText(source.GetBytes(FileMagic.size()), FileMagic))
         throw RecordingError(m_name + "This is no recording");
-    if (source.Get<uint16_t>() != FileVersion)
+    const auto version = source.Get<uint16_t>();
+    if (version < FirstFileVersion || version > FileVersion)
         throw RecordingError(m_name +
                              "The recording has a version that this program does not know");
     const auto headerSize = source.Get<uint16_t>();

@@ -43,8 +43,8 @@ public:
 
     uint64_t GetSize() const { return m_uiSize; }
 
-    /// The first bytes, up to the end of the header. Throws RecordingError for a file that begins
-    /// with no header of this version.
+    /// The first bytes, up to the end of the header. Throws RecordingError for a file that does not
+    /// begin with a header of a version up to FileVersion.
     std::vector<uint8_t> ReadHeader();
 
     /// The head of the record at an offset within the file. Throws BadRecord for one that the file

@@ -37,17 +37,39 @@ struct Settings {
     bool operator==(const Settings&) const = default;
 };
 
-/// What a decoder of the updates must know.
-struct Header {
+/// What a decoder must know to read its updates.
+struct DecoderFormat {
     Codec m_codec = Codec::Ict;
     uint8_t m_uiProtocolVersion = 2; ///< 0..2
     ChromaSubsampling m_chroma = ChromaSubsampling::Yuv420;
     RecordLayout m_layout = RecordLayout::Pool;
+    uint32_t m_uiThreads = 0; ///< workers of the decoder that the checksums come from
+
+    bool operator==(const DecoderFormat&) const = default;
+};
+
+/// Whether the decoder cuts macroblocks out of the stream by their lengths.
+constexpr bool CutsRecords(const DecoderFormat& format) {
+    return format.m_uiProtocolVersion >= 2 && format.m_layout == RecordLayout::Pool;
+}
+
+/// The start of a recording. The format is that of decoder 0.
+struct Header : DecoderFormat {
     Settings m_settings;        ///< at the start
     uint64_t m_uiStartTime = 0; ///< microseconds since 1970 in UTC, 0 unknown
-    uint32_t m_uiThreads = 0;   ///< workers of the decoder that the checksums come from
 
     bool operator==(const Header&) const = default;
+};
+
+/// The most decoders of one recording.
+constexpr size_t MaxDecoders = 256;
+
+/// A further decoder, which later updates name by its index.
+struct AddedDecoder {
+    uint8_t m_uiIndex = 0; ///< the number of decoders before it, at least 1
+    DecoderFormat m_format;
+
+    bool operator==(const AddedDecoder&) const = default;
 };
 
 /// Which bytes the checksum of a picture is taken over.
@@ -58,6 +80,7 @@ constexpr uint64_t FailedResult = ~uint64_t{0};
 
 struct RecordedUpdate {
     EncodedUpdate m_encoded;          ///< its payload is what the decoder consumed
+    uint8_t m_uiDecoder = 0;          ///< index of the decoder that it is for
     uint64_t m_uiTime = 0;            ///< microseconds since the recording began
     std::optional<uint64_t> m_result; ///< packed changed area, or FailedResult
     Coverage m_coverage = Coverage::Nothing;
@@ -74,7 +97,7 @@ struct Note {
     std::string m_text;
 };
 
-using Record = std::variant<RecordedUpdate, Settings, RecordedPicture, Note>;
+using Record = std::variant<RecordedUpdate, Settings, RecordedPicture, Note, AddedDecoder>;
 
 /// Where an update stands in a file.
 struct IndexEntry {
@@ -113,6 +136,7 @@ public:
 constexpr uint64_t MaxBodySize = 0x3FFFFFFF;
 
 /// Bytes of a framebuffer of these settings: ARGB32 words, or its three planes one after another.
+/// chroma: of decoder 0, whose subsampling plane framebuffers have.
 constexpr uint64_t PictureSize(const Settings& settings, ChromaSubsampling chroma) {
     const uint64_t width = settings.m_uiWidth;
     const uint64_t height = settings.m_uiHeight;

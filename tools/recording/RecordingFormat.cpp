@@ -8,6 +8,22 @@ uint32_t Crc32(std::span<const uint8_t> bytes) {
     return static_cast<uint32_t>(crc32_z(0, bytes.data(), bytes.size()));
 }
 
+void PutFormat(ByteSink& sink, const DecoderFormat& format) {
+    sink.Put(format.m_codec);
+    sink.Put(format.m_uiProtocolVersion);
+    sink.Put(format.m_chroma);
+    sink.Put(format.m_layout);
+}
+
+DecoderFormat GetFormat(ByteSource& source) {
+    DecoderFormat format;
+    format.m_codec = source.GetUpTo(Codec::Lbe);
+    format.m_uiProtocolVersion = source.GetUpTo(uint8_t{2});
+    format.m_chroma = source.GetUpTo(ChromaSubsampling::Yuv444);
+    format.m_layout = source.GetUpTo(RecordLayout::InPlace);
+    return format;
+}
+
 void PutSettings(ByteSink& sink, const Settings& settings) {
     sink.Put(settings.m_uiWidth);
     sink.Put(settings.m_uiHeight);

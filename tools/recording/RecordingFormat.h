@@ -16,18 +16,29 @@ using namespace std::string_view_literals;
 
 constexpr std::string_view FileMagic = "RCREC\r\n\x1A"sv;
 constexpr std::string_view RecordMagic = "RCR"sv;
-constexpr uint16_t FileVersion = 1;
+constexpr uint16_t FirstFileVersion = 1; ///< one decoder only
+constexpr uint16_t FileVersion = 2;      ///< that is written
 constexpr uint16_t HeaderSize = 40;
 constexpr size_t FixedHeaderSize = 12; ///< magic, file version and header size
 constexpr size_t RecordHeadSize = 8;   ///< magic, type and body size
 constexpr size_t CrcSize = 4;
 constexpr uint64_t SmallestRecord = RecordHeadSize + CrcSize;
-constexpr uint16_t UpdateFieldsSize = 36;
+constexpr uint16_t FirstUpdateFieldsSize = 36; ///< in version 1
+constexpr uint16_t UpdateFieldsSize = 40;
 constexpr uint16_t PictureFieldsSize = 8;
 constexpr size_t IndexEntrySize = 16;
-constexpr uint8_t ResultKnown = 1; ///< flag of an update
+constexpr size_t UpdateFillingSize = 3;  ///< zeros after the decoder of an update
+constexpr size_t DecoderFillingSize = 3; ///< zeros after the layout of a decoder
+constexpr uint8_t ResultKnown = 1;       ///< flag of an update
 
-enum class RecordType : uint8_t { Update = 1, Settings = 2, Picture = 3, Index = 128, Note = 129 };
+enum class RecordType : uint8_t {
+    Update = 1,
+    Settings = 2,
+    Picture = 3,
+    Decoder = 4, ///< from version 2 on
+    Index = 128,
+    Note = 129
+};
 
 /// Readers may pass over records of types that they do not know from here on.
 constexpr uint8_t FirstSkippableType = 128;
@@ -55,6 +66,8 @@ public:
     }
 
     void PutCrcOfAll() { Put(Crc32(m_vuiBytes)); }
+
+    void PutZeros(size_t count) { m_vuiBytes.insert(m_vuiBytes.end(), count, 0); }
     const std::vector<uint8_t>& GetBytes() const { return m_vuiBytes; }
 
 private:
@@ -99,6 +112,12 @@ public:
 private:
     std::span<const uint8_t> m_bytes;
 };
+
+/// Codec, protocol version, chroma and layout.
+void PutFormat(ByteSink& sink, const DecoderFormat& format);
+
+/// Takes the same. Throws BadRecord for values out of range.
+DecoderFormat GetFormat(ByteSource& source);
 
 void PutSettings(ByteSink& sink, const Settings& settings);
 

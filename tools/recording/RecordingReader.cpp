@@ -17,6 +17,7 @@ RecordingReader::RecordingReader(const std::string& path)
 RecordingReader::RecordingReader(std::unique_ptr<std::istream> in, const std::string& name)
     : m_file(std::move(in), name) {
     const auto bytes = m_file.ReadHeader();
+    m_uiFileVersion = FileVersionOf(bytes);
     try {
         m_header = ParseHeader(bytes);
     } catch (const BadRecord& error) {
@@ -29,6 +30,7 @@ RecordingReader::RecordingReader(std::unique_ptr<std::istream> in, const std::st
 void RecordingReader::Restart() {
     m_uiOffset = m_uiFirstRecord;
     m_settings = m_header.m_settings;
+    m_vDecoders.assign(1, m_header);
     m_end = {};
 }
 
@@ -54,18 +56,36 @@ std::optional<Record> RecordingReader::Interpret(const RawRecord& raw) {
     const uint8_t type = raw.GetHead().m_uiType;
     switch (static_cast<RecordType>(type)) {
     case RecordType::Update:
-        return ParseUpdate(body);
+        return CheckedUpdate(ParseUpdate(body, m_uiFileVersion));
     case RecordType::Settings:
         return m_settings = recording::GetSettings(body);
     case RecordType::Picture:
         return ParsePicture(body, PictureSize(m_settings, m_header.m_chroma));
+    case RecordType::Decoder:
+        if (m_uiFileVersion > FirstFileVersion)
+            return Added(ParseDecoder(body));
+        break;
     case RecordType::Note:
         return ParseNote(body);
     default:
-        if (type < FirstSkippableType)
-            throw BadRecord(EndKind::LaterVersion);
-        return std::nullopt;
+        break;
     }
+    if (type < FirstSkippableType)
+        throw BadRecord(EndKind::LaterVersion);
+    return std::nullopt;
+}
+
+RecordedUpdate RecordingReader::CheckedUpdate(RecordedUpdate update) const {
+    if (update.m_uiDecoder >= m_vDecoders.size())
+        throw BadRecord("an update is for a decoder that no record describes");
+    return update;
+}
+
+AddedDecoder RecordingReader::Added(const AddedDecoder& decoder) {
+    if (decoder.m_uiIndex != m_vDecoders.size())
+        throw BadRecord("a decoder has another index than the next one");
+    m_vDecoders.push_back(decoder.m_format);
+    return decoder;
 }
 
 std::optional<std::vector<IndexEntry>> RecordingReader::ReadIndex() {
@@ -118,6 +138,18 @@ bool RecordingReader::NamesAllUpdates(const std::vector<IndexEntry>& index) {
     return next == index.end();
 }
 
+std::vector<DecoderFormat> RecordingReader::FindDecoders() {
+    try {
+        for (Restart(); m_uiOffset < m_file.GetSize();)
+            PassOver();
+    } catch (const BadRecord&) {
+        // Reading will come to the same record.
+    }
+    auto decoders = m_vDecoders;
+    Restart();
+    return decoders;
+}
+
 void RecordingReader::GoTo(uint64_t offset) {
     if (offset < m_uiOffset)
         Restart();
@@ -128,8 +160,8 @@ void RecordingReader::GoTo(uint64_t offset) {
         throw RecordingError("No record of the recording begins at byte " + std::to_string(offset));
 }
 
-/// Goes on behind the record at m_uiOffset. Of settings it must be known what they say, and of
-/// records that must not be passed over, that they are not among them.
+/// Goes on after the record at m_uiOffset. Settings and decoders must be known, and records that
+/// must not be passed over must not be among them.
 void RecordingReader::PassOver() {
     const RecordHead head = m_file.ReadHead(m_uiOffset);
     const auto type = static_cast<RecordType>(head.m_uiType);

@@ -31,6 +31,10 @@ public:
     explicit RecordingReader(const std::string& path);
 
     const Header& GetHeader() const { return m_header; }
+    uint16_t GetFileVersion() const { return m_uiFileVersion; }
+
+    /// Goes on at the first record.
+    void Restart();
 
     /// The next record; nothing at the end.
     std::optional<Record> Next();
@@ -44,6 +48,9 @@ public:
     /// What holds for the next update.
     const Settings& GetSettings() const { return m_settings; }
 
+    /// The decoders that the next update may name, by their index: at least the header's.
+    const std::vector<DecoderFormat>& GetDecoders() const { return m_vDecoders; }
+
     /// The index of a recording that was closed. Nobody has compared it with the records.
     std::optional<std::vector<IndexEntry>> ReadIndex();
 
@@ -52,24 +59,31 @@ public:
     /// Reading then goes on at the first record.
     std::vector<IndexEntry> FindUpdates();
 
-    /// Goes on with the record at an offset, with the settings that hold there. Throws
+    /// All decoders that the recording describes, up to damage. Reading then goes on at the first
+    /// record.
+    std::vector<DecoderFormat> FindDecoders();
+
+    /// Goes on with the record at an offset, with the settings and decoders that hold there. Throws
     /// RecordingError where no record begins.
     void GoTo(uint64_t offset);
 
 private:
     RecordingReader(std::unique_ptr<std::istream> in, const std::string& name);
 
-    void Restart();
     void PassOver();
     bool NamesAllUpdates(const std::vector<IndexEntry>& index);
     std::optional<Record> Interpret(const RawRecord& raw);
+    RecordedUpdate CheckedUpdate(RecordedUpdate update) const;
+    AddedDecoder Added(const AddedDecoder& decoder);
 
     RecordFile m_file;
     uint64_t m_uiFirstRecord = 0;
     uint64_t m_uiOffset = 0;       ///< of the next record
     uint64_t m_uiRecordOffset = 0; ///< of the one that was delivered last
+    uint16_t m_uiFileVersion = 0;
     Header m_header;
-    Settings m_settings; ///< in force at m_uiOffset
+    Settings m_settings;                    ///< in force at m_uiOffset
+    std::vector<DecoderFormat> m_vDecoders; ///< described before m_uiOffset
     RecordingEnd m_end;
 };
 

@@ -53,9 +53,9 @@ RecordingWriter::RecordingWriter(std::unique_ptr<std::ostream> out, const Header
 RecordingWriter::RecordingWriter(const std::string& path, const Header& header)
     : RecordingWriter(OpenFile(path, std::ios::trunc), header, path + ": ") {}
 
-RecordingWriter::RecordingWriter(const std::string& path, uint64_t end,
+RecordingWriter::RecordingWriter(const std::string& path, uint16_t fileVersion, uint64_t end,
                                  std::vector<IndexEntry> updates)
-    : m_name(path + ": "), m_pOut(OpenAt(path, end)), m_uiOffset(end),
+    : m_name(path + ": "), m_uiFileVersion(fileVersion), m_pOut(OpenAt(path, end)), m_uiOffset(end),
       m_vIndex(std::move(updates)) {}
 
 RecordingWriter::~RecordingWriter() = default;
@@ -63,12 +63,9 @@ RecordingWriter::~RecordingWriter() = default;
 void RecordingWriter::WriteHeader(const Header& header) {
     ByteSink bytes;
     bytes.PutText(FileMagic);
-    bytes.Put(FileVersion);
+    bytes.Put(m_uiFileVersion);
     bytes.Put(HeaderSize);
-    bytes.Put(header.m_codec);
-    bytes.Put(header.m_uiProtocolVersion);
-    bytes.Put(header.m_chroma);
-    bytes.Put(header.m_layout);
+    PutFormat(bytes, header);
     PutSettings(bytes, header.m_settings);
     bytes.Put(header.m_uiStartTime);
     bytes.Put(header.m_uiThreads);
@@ -77,9 +74,11 @@ void RecordingWriter::WriteHeader(const Header& header) {
 }
 
 void RecordingWriter::Write(const RecordedUpdate& update) {
+    CheckThatItHoldsDecoder(update.m_uiDecoder);
+    const bool namesDecoder = m_uiFileVersion > FirstFileVersion;
     const EncodedUpdate& encoded = update.m_encoded;
     ByteSink body;
-    body.Put(UpdateFieldsSize);
+    body.Put(namesDecoder ? UpdateFieldsSize : FirstUpdateFieldsSize);
     body.Put(update.m_result ? ResultKnown : uint8_t{0});
     body.Put(update.m_coverage);
     body.Put(encoded.m_uiQuality);
@@ -90,6 +89,10 @@ void RecordingWriter::Write(const RecordedUpdate& update) {
     body.Put(update.m_uiTime);
     body.Put(update.m_result.value_or(0));
     body.Put(update.m_uiPictureCrc);
+    if (namesDecoder) {
+        body.Put(update.m_uiDecoder);
+        body.PutZeros(UpdateFillingSize);
+    }
     body.PutBytes(encoded.m_vuiPayload);
     m_vIndex.push_back({m_uiOffset, update.m_uiTime});
     WriteRecord(RecordType::Update, body);
@@ -115,6 +118,22 @@ void RecordingWriter::Write(const Note& note) {
     ByteSink body;
     body.PutText(note.m_text);
     WriteRecord(RecordType::Note, body);
+}
+
+void RecordingWriter::Write(const AddedDecoder& decoder) {
+    CheckThatItHoldsDecoder(decoder.m_uiIndex);
+    ByteSink body;
+    body.Put(decoder.m_uiIndex);
+    PutFormat(body, decoder.m_format);
+    body.PutZeros(DecoderFillingSize);
+    body.Put(decoder.m_format.m_uiThreads);
+    WriteRecord(RecordType::Decoder, body);
+}
+
+void RecordingWriter::CheckThatItHoldsDecoder(uint8_t index) const {
+    if (index != 0 && m_uiFileVersion == FirstFileVersion)
+        throw RecordingError(m_name + "A recording of version 1 holds updates of one decoder only; "
+                                      "make a new recording");
 }
 
 void RecordingWriter::Close() {

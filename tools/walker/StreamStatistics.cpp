@@ -66,4 +66,20 @@ void StreamStatistics::AddUpdate(const WalkEnd& end, size_t payloadBytes) {
     m_iFillingBits += Difference(8 * payloadBytes, end.m_uiBits);
 }
 
+void StreamStatistics::Add(const StreamStatistics& other) {
+    m_uiMacroblocks += other.m_uiMacroblocks;
+    m_uiSkipBits += other.m_uiSkipBits;
+    m_uiLengthBits += other.m_uiLengthBits;
+    m_iFillingBits += other.m_iFillingBits;
+    m_uiFaults += other.m_uiFaults;
+    for (size_t component = 0; component < m_auiComponentBits.size(); ++component)
+        m_auiComponentBits[component] += other.m_auiComponentBits[component];
+    m_vuiMacroblockBits.insert(m_vuiMacroblockBits.end(), other.m_vuiMacroblockBits.begin(),
+                               other.m_vuiMacroblockBits.end());
+    for (const auto& [symbolClass, count] : other.m_symbols) {
+        m_symbols[symbolClass].m_uiCount += count.m_uiCount;
+        m_symbols[symbolClass].m_uiBits += count.m_uiBits;
+    }
+}
+
 } // namespace Vostrel::walker

@@ -47,6 +47,9 @@ public:
     /// Adds an update that has been walked without a fault.
     void AddUpdate(const WalkEnd& end, size_t payloadBytes);
 
+    /// Adds the sums of another stream.
+    void Add(const StreamStatistics& other);
+
     size_t m_uiMacroblocks = 0; ///< of all rectangles
     size_t m_uiSkipBits = 0;
     size_t m_uiLengthBits = 0;

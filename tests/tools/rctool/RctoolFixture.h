@@ -55,6 +55,17 @@ inline std::vector<RecordedUpdate> ReadUpdates(const std::string& path) {
     return updates;
 }
 
+/// The same of a recording that holds other records as well.
+inline std::vector<RecordedUpdate> ReadUpdatesOnly(const std::string& path) {
+    RecordingReader reader(path);
+    std::vector<RecordedUpdate> updates;
+    while (auto record = reader.Next()) {
+        if (auto* const update = std::get_if<RecordedUpdate>(&*record))
+            updates.push_back(std::move(*update));
+    }
+    return updates;
+}
+
 /// Runs the program in a folder of the test's own.
 class Rctool : public testing::Test {
 protected:

@@ -58,6 +58,13 @@ void ShowTo(model::ModelDecoder& decoder, const EncodedUpdate& update, uint64_t 
     EXPECT_EQ(outcome.result, result);
 }
 
+PlayedUpdate Play(Player& player, const EncodedUpdate& encoded, uint8_t decoder = 0) {
+    RecordedUpdate update;
+    update.m_encoded = encoded;
+    update.m_uiDecoder = decoder;
+    return player.Play(update);
+}
+
 std::vector<Header> AllHeaders() {
     std::vector<Header> headers;
     for (const Codec codec : {Codec::Ict, Codec::Lbe}) {
@@ -90,7 +97,7 @@ TEST(Player, ShowsWhatTheModelShowsInEveryFormatAndSetting) {
             Player player(header, {});
             auto decoder = ModelFor(header, model::ModelSink::Argb);
             for (const EncodedUpdate& update : EncodeTwoFrames(header)) {
-                const PlayedUpdate played = player.Play(update);
+                const PlayedUpdate played = Play(player, update);
                 EXPECT_EQ(played.m_failure, "");
                 EXPECT_EQ(played.m_uiConsumedBytes, update.m_vuiPayload.size());
                 ShowTo(decoder, update, played.m_uiResult);
@@ -102,6 +109,60 @@ TEST(Player, ShowsWhatTheModelShowsInEveryFormatAndSetting) {
     }
 }
 
+TEST(Player, SeveralDecodersDrawIntoOneFramebuffer) {
+    const auto headers = AllHeaders();
+    const Header ict = headers[3];
+    const Header lbe = headers[15 + 4];
+    ASSERT_EQ(ict.m_codec, Codec::Ict);
+    ASSERT_EQ(lbe.m_codec, Codec::Lbe);
+    Player player(ict, {});
+    player.Apply(AddedDecoder{1, lbe});
+    auto ictModel = ModelFor(ict, model::ModelSink::Argb);
+    auto lbeModel = ModelFor(lbe, model::ModelSink::Argb);
+    const auto ictUpdates = EncodeTwoFrames(ict);
+    const auto lbeUpdates = EncodeTwoFrames(lbe);
+    ShowTo(ictModel, ictUpdates[0], Play(player, ictUpdates[0]).m_uiResult);
+    ShowTo(lbeModel, lbeUpdates[1], Play(player, lbeUpdates[1], 1).m_uiResult);
+    // The alpha of a pixel says whether the model of LBE has drawn it.
+    auto expected = ictModel.Renderer().Memory();
+    const auto drawn = lbeModel.Renderer().Memory();
+    for (size_t at = 0; at < expected.size(); at += 4) {
+        if (drawn[at + 3] != 0)
+            std::copy_n(drawn.begin() + static_cast<std::ptrdiff_t>(at), 4,
+                        expected.begin() + static_cast<std::ptrdiff_t>(at));
+    }
+    EXPECT_NE(expected, ictModel.Renderer().Memory());
+    EXPECT_EQ(player.GetFramebuffer().GetBytes(), expected);
+    EXPECT_THROW(Play(player, lbeUpdates[1], 2), std::out_of_range);
+
+    // A change of settings is for both.
+    Settings settings = ict.m_settings;
+    settings.m_uiWidth = 50;
+    player.Apply(settings);
+    EXPECT_EQ(Play(player, ictUpdates[0]).m_failure, "StreamError");
+    EXPECT_EQ(Play(player, lbeUpdates[0], 1).m_failure, "StreamError");
+}
+
+TEST(Player, PlanesAreForDecodersOfOneSubsamplingOnly) {
+    Header header = AllHeaders()[0];
+    header.m_settings.m_sink = Sink::Planes;
+    AddedDecoder added{1, header};
+    Player player(header, {});
+    player.Apply(added);
+    added.m_format.m_chroma = ChromaSubsampling::Yuv444;
+    EXPECT_THROW(player.Apply(added), RecordingError);
+    added.m_format = header;
+    added.m_format.m_codec = Codec::Lbe;
+    EXPECT_THROW(player.Apply(added), RecordingError);
+
+    header.m_settings.m_sink = Sink::Argb;
+    Player argb(header, {});
+    argb.Apply(added);
+    Settings planes = header.m_settings;
+    planes.m_sink = Sink::Planes;
+    EXPECT_THROW(argb.Apply(planes), RecordingError);
+}
+
 TEST(Player, ScreenPlanesHoldTheSamplesOfEveryUpdateAtItsPlace) {
     for (const Header& header : AllHeaders()) {
         if (header.m_codec != Codec::Ict)
@@ -109,7 +170,7 @@ TEST(Player, ScreenPlanesHoldTheSamplesOfEveryUpdateAtItsPlace) {
         const auto updates = EncodeTwoFrames(header);
         Player player(header, {{}, {}, Target::ScreenPlanes});
         auto first = ModelFor(header, model::ModelSink::Planes);
-        ShowTo(first, updates[0], player.Play(updates[0]).m_uiResult);
+        ShowTo(first, updates[0], Play(player, updates[0]).m_uiResult);
         EXPECT_EQ(player.GetFramebuffer().GetBytes(), first.Renderer().Memory());
 
         // The rectangle alone, at the origin of a framebuffer of its own.
@@ -120,8 +181,8 @@ TEST(Player, ScreenPlanesHoldTheSamplesOfEveryUpdateAtItsPlace) {
         small.m_settings.m_uiHeight = moved.m_rectangle.m_uiHeight;
         Player corner(small, {{}, {}, Target::ScreenPlanes});
         const auto before = player.GetFramebuffer().GetBytes();
-        corner.Play(moved);
-        player.Play(updates[1]);
+        Play(corner, moved);
+        Play(player, updates[1]);
         const auto& after = player.GetFramebuffer().GetBytes();
         const auto& part = corner.GetFramebuffer().GetBytes();
         size_t changed = 0;
@@ -146,17 +207,17 @@ TEST(Player, AFailedUpdateLeavesThePictureAloneAndTheNextOneDecodes) {
     EncodedUpdate cut = updates[0];
     cut.m_vuiPayload.resize(cut.m_vuiPayload.size() / 2);
     Player player(header, {});
-    const PlayedUpdate played = player.Play(cut);
+    const PlayedUpdate played = Play(player, cut);
     EXPECT_EQ(played.m_uiResult, FailedResult);
     EXPECT_EQ(played.m_failure, "Stream has no more bytes!");
     EXPECT_EQ(player.GetFramebuffer().GetBytes(), std::vector<uint8_t>(4 * Width * Height));
-    EXPECT_EQ(player.Play(updates[0]).m_failure, "");
+    EXPECT_EQ(Play(player, updates[0]).m_failure, "");
 }
 
 TEST(Player, AChangedSizeGivesAFreshFramebufferAndOtherSettingsKeepIt) {
     const Header header = AllHeaders()[0];
     Player player(header, {});
-    player.Play(EncodeTwoFrames(header)[0]);
+    Play(player, EncodeTwoFrames(header)[0]);
     const auto shown = player.GetFramebuffer().GetBytes();
     Settings settings = header.m_settings;
     settings.m_uiContrast = 50;
@@ -192,9 +253,10 @@ TEST(Player, LbeIsNotDrawnIntoPlanes) {
     Settings planes = header.m_settings;
     planes.m_sink = Sink::Planes;
     Player player(header, {});
-    EXPECT_THROW(player.Apply(planes), std::invalid_argument);
+    EXPECT_THROW(player.Apply(planes), RecordingError);
+    EXPECT_THROW(Player(header, {{}, {}, Target::ScreenPlanes}), std::invalid_argument);
     header.m_settings = planes;
-    EXPECT_THROW(Player(header, {}), std::invalid_argument);
+    EXPECT_THROW(Player(header, {}), RecordingError);
 }
 
 TEST(Player, ChecksumOfARectangleTakesItsVisibleRows) {

@@ -1,124 +1,18 @@
-#include "tests/model/CaseFile.h"
-#include "tools/recording/RecordingReader.h"
-#include "tools/recording/RecordingWriter.h"
+#include "tests/tools/recording/RecordingBytes.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <cstdio>
 #include <fstream>
-#include <sstream>
 
 namespace Vostrel::recording {
 namespace {
 
-using Bytes = std::vector<uint8_t>;
-
-// The example of docs/recording.md.
-const Bytes ExampleHeader{0x52, 0x43, 0x52, 0x45, 0x43, 0x0d, 0x0a, 0x1a, 0x01, 0x00,
-                          0x28, 0x00, 0x00, 0x02, 0x00, 0x01, 0x10, 0x00, 0x10, 0x00,
-                          0x00, 0x00, 0x00, 0x00, 0x00, 0x40, 0x1e, 0x18, 0x24, 0x0a,
-                          0x06, 0x00, 0x02, 0x00, 0x00, 0x00, 0x59, 0xd4, 0x8d, 0x8a};
-const Bytes ExampleUpdate{0x52, 0x43, 0x52, 0x01, 0x27, 0x00, 0x00, 0x00, 0x24, 0x00, 0x01,
-                          0x01, 0x0a, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x10, 0x00,
-                          0x10, 0x00, 0xc4, 0x09, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00,
-                          0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x2e, 0xaf, 0xb5, 0xef,
-                          0xff, 0xff, 0xc0, 0x68, 0xa7, 0x74, 0xff};
-const Bytes ExampleIndex{0x52, 0x43, 0x52, 0x80, 0x1c, 0x00, 0x00, 0x00, 0x01, 0x00,
-                         0x00, 0x00, 0x28, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00,
-                         0xc4, 0x09, 0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x5b, 0x00,
-                         0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0xca, 0xdc, 0x69, 0xde};
-
-Bytes operator+(Bytes a, const Bytes& b) {
-    a.insert(a.end(), b.begin(), b.end());
-    return a;
-}
-
-/// Bytes of a part of a file with its CRC behind them, by the tests' own CRC.
-Bytes WithCrc(Bytes bytes) {
-    const uint32_t crc = model::Crc32(bytes);
-    for (unsigned shift = 0; shift < 32; shift += 8)
-        bytes.push_back(static_cast<uint8_t>(crc >> shift));
-    return bytes;
-}
-
-Bytes RecordOf(uint8_t type, const Bytes& body) {
-    return WithCrc(Bytes{'R', 'C', 'R', type, static_cast<uint8_t>(body.size()), 0, 0, 0} + body);
-}
-
-RecordingReader ReaderOf(const Bytes& bytes) {
-    return RecordingReader(
-        std::make_unique<std::istringstream>(std::string(bytes.begin(), bytes.end())));
-}
-
-std::vector<Record> ReadAll(RecordingReader& reader) {
-    std::vector<Record> records;
-    while (auto record = reader.Next())
-        records.push_back(std::move(*record));
-    return records;
-}
-
-std::string ReasonOfRefusal(const Bytes& bytes) {
-    try {
-        ReaderOf(bytes);
-    } catch (const RecordingError& error) {
-        return error.what();
-    }
-    return "";
-}
-
-Header SampleHeader() {
-    Header header;
-    header.m_settings.m_uiWidth = header.m_settings.m_uiHeight = 16;
-    header.m_uiStartTime = 1'700'000'000'000'000;
-    header.m_uiThreads = 2;
-    return header;
-}
-
-RecordedUpdate SampleUpdate() {
-    RecordedUpdate update;
-    update.m_encoded = {10, {0, 0, 16, 16}, {0xFF, 0xFF, 0xC0}};
-    update.m_uiTime = 2500;
-    update.m_result = 0;
-    update.m_coverage = Coverage::Framebuffer;
-    update.m_uiPictureCrc = 0xEFB5AF2E;
-    return update;
-}
-
-/// A file in memory that outlives its writer.
-class MemoryFile {
-public:
-    explicit MemoryFile(const Header& header) : m_writer(MakeStream(), header) {}
-
-    RecordingWriter& Writer() { return m_writer; }
-    Bytes GetBytes() const {
-        const std::string text = m_pStream->str();
-        return {text.begin(), text.end()};
-    }
-
-private:
-    std::unique_ptr<std::ostream> MakeStream() {
-        auto stream = std::make_unique<std::ostringstream>();
-        m_pStream = stream.get();
-        return stream;
-    }
-
-    std::ostringstream* m_pStream = nullptr;
-    RecordingWriter m_writer;
-};
-
-TEST(Recording, WritesTheExampleOfTheDocumentation) {
-    MemoryFile file(SampleHeader());
-    EXPECT_EQ(file.GetBytes(), ExampleHeader);
-    file.Writer().Write(SampleUpdate());
-    EXPECT_EQ(file.GetBytes(), ExampleHeader + ExampleUpdate);
-    file.Writer().Close();
-    EXPECT_EQ(file.GetBytes(), ExampleHeader + ExampleUpdate + ExampleIndex);
-}
-
-TEST(Recording, ReadsTheExampleOfTheDocumentation) {
+TEST(Recording, ReadsARecordingOfVersion1) {
     auto reader = ReaderOf(ExampleHeader + ExampleUpdate + ExampleIndex);
     EXPECT_EQ(reader.GetHeader(), SampleHeader());
+    EXPECT_EQ(reader.GetFileVersion(), 1);
     const auto records = ReadAll(reader);
     ASSERT_EQ(records.size(), 1U);
     const auto& update = std::get<RecordedUpdate>(records[0]);
@@ -290,8 +184,10 @@ TEST(Recording, ValuesOutOfRangeAreDamage) {
 
 TEST(Recording, AnotherFileVersionIsRefused) {
     Bytes header(ExampleHeader.begin(), ExampleHeader.end() - 4);
-    header[8] = 2;
-    EXPECT_NE(ReasonOfRefusal(WithCrc(header)).find("version"), std::string::npos);
+    for (const uint8_t version : {uint8_t{0}, uint8_t{3}}) {
+        header[8] = version;
+        EXPECT_NE(ReasonOfRefusal(WithCrc(header)).find("version"), std::string::npos);
+    }
 }
 
 TEST(Recording, RecordsMayFollowAnIndexWhichThenDoesNotCount) {
@@ -376,7 +272,7 @@ TEST(Recording, CutAtAnyByteStillGivesEveryCompleteRecordOfAnyKind) {
     }
 }
 
-TEST(Recording, AWriterGoesOnBehindTheLastGoodRecord) {
+TEST(Recording, AWriterGoesOnAfterTheLastGoodRecordInTheVersionOfTheFile) {
     const std::string path = testing::TempDir() + "RecordingTest-goes-on.rcrec";
     const Bytes cut = ExampleHeader + ExampleUpdate + Bytes{'R', 'C'};
     std::ofstream(path, std::ios::binary)
@@ -384,7 +280,7 @@ TEST(Recording, AWriterGoesOnBehindTheLastGoodRecord) {
     RecordedUpdate second = SampleUpdate();
     second.m_uiTime = 5000;
     {
-        RecordingWriter writer(path, 40 + ExampleUpdate.size(), {{40, 2500}});
+        RecordingWriter writer(path, 1, 40 + ExampleUpdate.size(), {{40, 2500}});
         writer.Write(second);
         writer.Close();
     }
