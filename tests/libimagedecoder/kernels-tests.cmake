@@ -2,6 +2,7 @@
 set(KERNEL_TEST_SOURCES
     CpuArchTest.cpp
     KernelFactoryTest.cpp
+    KernelLevelsTest.cpp
     MaskRunsTest.cpp
     InverseTransform/InverseIctTest.cpp
     YCbCr4xxToArgb32/ModelConversionTest.cpp

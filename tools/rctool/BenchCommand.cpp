@@ -109,7 +109,7 @@ void PrintText(const Figures& figures, const Work& work, const BenchRequest& req
                const Player& player) {
     std::printf("%zu updates, %zu coded macroblocks, %u passes, %u threads, %s kernels\n",
                 work.m_vUpdates.size(), work.m_uiCoded, request.m_uiPasses, player.GetThreads(),
-                NameOf(player.GetKernels()));
+                player.GetKernels().m_pName);
     std::printf("wall clock         %12.3f ms a pass\n", figures.m_fWall / 1e6);
     std::printf("calling thread     %12.3f ms of processor time\n", figures.m_fOwn / 1e6);
     std::printf("workers            %12.3f ms of processor time\n", figures.m_fWorkers / 1e6);
@@ -124,7 +124,7 @@ void PrintJson(const Figures& figures, const Work& work, const BenchRequest& req
                                          {"codedMacroblocks", work.m_uiCoded},
                                          {"passes", request.m_uiPasses},
                                          {"threads", player.GetThreads()},
-                                         {"kernels", NameOf(player.GetKernels())},
+                                         {"kernels", player.GetKernels().m_pName},
                                          {"wallNs", figures.m_fWall},
                                          {"ownCpuNs", figures.m_fOwn},
                                          {"workersCpuNs", figures.m_fWorkers},

@@ -2,10 +2,11 @@
 
 #include <array>
 #include <charconv>
+#include <vector>
 
 namespace Vostrel::rctool {
 
-using recording::KernelVariant;
+using recording::KernelLevel;
 
 void AddRecordingArgument(CLI::App& app, std::string& path) {
     app.add_option("RECORDING", path, "a recording (.rcrec); - is the standard input")
@@ -47,6 +48,20 @@ std::optional<libimagedecoder::UpdateRectangle> ParseRectangle(const std::string
         static_cast<uint16_t>(numbers[2]), static_cast<uint16_t>(numbers[3])};
 }
 
+/// The help of all processors is the same: it names the levels that another one can run, too.
+void AddKernels(CLI::App& app, DecodingOptions& options) {
+    const std::vector<KernelLevel> levels = libimagedecoder::ListKernelLevels();
+    std::map<std::string, KernelLevel> choices;
+    std::string names;
+    for (const KernelLevel& level : levels) {
+        choices.emplace(level.m_pName, level);
+        const bool last = choices.size() == levels.size();
+        names += std::string(names.empty() ? "" : last ? " or " : ", ") + level.m_pName;
+    }
+    AddChoice<KernelLevel>(app, "--kernels", options.m_kernels, choices,
+                           names + " [the recorded kind]");
+}
+
 } // namespace
 
 void AddRectangle(CLI::App& app, const std::string& name,
@@ -69,11 +84,7 @@ void AddDecodingOptions(CLI::App& app, DecodingOptions& options) {
                    "worker threads, 0 to 64 [as the recording wants]")
         ->type_name("N")
         ->check(CLI::Range(0, 64).description(""));
-    AddChoice<KernelVariant>(app, "--kernels", options.m_kernels,
-                             {{"portable", KernelVariant::Portable},
-                              {"sse2", KernelVariant::Sse2},
-                              {"avx2", KernelVariant::Avx2}},
-                             "portable, sse2 or avx2 [the recorded kind]");
+    AddKernels(app, options);
 }
 
 } // namespace Vostrel::rctool

@@ -57,7 +57,7 @@ void AddRectangle(CLI::App& app, const std::string& name,
 /// The options of subcommands that decode.
 struct DecodingOptions {
     std::optional<unsigned> m_threads;
-    std::optional<recording::KernelVariant> m_kernels;
+    std::optional<recording::KernelLevel> m_kernels;
 };
 
 void AddRecordingArgument(CLI::App& app, std::string& path);
