@@ -59,7 +59,9 @@ int Ssse3PlanesAt(const std::optional<KernelLevel>& level) {
     const streamencoder::Picture picture(Edge, Edge);
     libimagedecoder::s_iSsse3Planes = 0;
     Player player(header, {{}, level});
-    EXPECT_EQ(player.Play(encoder.EncodeUpdate(picture, nullptr)).m_failure, "");
+    RecordedUpdate update;
+    update.m_encoded = encoder.EncodeUpdate(picture, nullptr);
+    EXPECT_EQ(player.Play(update).m_failure, "");
     return libimagedecoder::s_iSsse3Planes;
 }
 
