@@ -8,15 +8,17 @@
 
 namespace Vostrel::walker {
 
-/// Ends a walk; m_uiBit is where the field begins that could not be read.
+/// Ends a walk at a field that cannot be decoded.
 class WalkError : public std::runtime_error {
 public:
-    /// failure is the decoder's word for it.
-    WalkError(size_t bit, std::string expected, std::string found, const char* failure)
-        : std::runtime_error(failure), m_uiBit(bit), m_expected(std::move(expected)),
+    /// bit: where the field begins. end: the bits before this one decide that it is refused.
+    /// failure: the decoder's message.
+    WalkError(size_t bit, size_t end, std::string expected, std::string found, const char* failure)
+        : std::runtime_error(failure), m_uiBit(bit), m_uiEnd(end), m_expected(std::move(expected)),
           m_found(std::move(found)) {}
 
     size_t m_uiBit;
+    size_t m_uiEnd;
     std::string m_expected;
     std::string m_found;
 };
@@ -73,7 +75,7 @@ private:
     uint32_t Look(unsigned count, const char* what) {
         while (8 * m_uiFetched < m_uiPosition + count) {
             if (m_uiFetched >= m_data.size() + m_uiZeroBytes)
-                throw WalkError(m_uiPosition, what,
+                throw WalkError(m_uiPosition, 8 * m_data.size(), what,
                                 "the end of the data at bit " + std::to_string(8 * m_data.size()),
                                 OutOfBytesText);
             ++m_uiFetched;
