@@ -1,4 +1,6 @@
 #include "tools/rctool/Commands.h"
+#include "tools/rctool/Comparison.h"
+#include "tools/rctool/Counted.h"
 #include "tools/rctool/FrameTimes.h"
 #include "tools/rctool/Names.h"
 #include "tools/rctool/Options.h"
@@ -14,7 +16,6 @@
 
 namespace Vostrel::rctool {
 
-using recording::Coverage;
 using recording::PlayedUpdate;
 using recording::Player;
 using recording::RecordedUpdate;
@@ -91,9 +92,8 @@ private:
     void WaitFor(const RecordedUpdate& update) const;
     void Judge(const RecordedUpdate& update, const PlayedUpdate& played);
     void Verify(const RecordedUpdate& update, const PlayedUpdate& played);
-    void Differs(const char* what, uint64_t found, uint64_t recorded);
     void PrintSummary() const;
-    int Outcome() const;
+    int Outcome(bool whole) const;
 
     const DecodeRequest& m_request;
     FrameTimes m_frameTimes;
@@ -131,7 +131,7 @@ int Decoding::Run(RecordingReader& reader) {
     m_frameTimes.Close();
     if (!m_request.m_bQuiet && m_request.m_frameTimes != StandardOutput)
         PrintSummary();
-    return Outcome();
+    return Outcome(reader.GetEnd().m_kind == recording::EndKind::Whole);
 }
 
 void Decoding::WaitFor(const RecordedUpdate& update) const {
@@ -164,39 +164,29 @@ void Decoding::Judge(const RecordedUpdate& update, const PlayedUpdate& played) {
 }
 
 void Decoding::Verify(const RecordedUpdate& update, const PlayedUpdate& played) {
-    const bool hasChecksum = update.m_coverage != Coverage::Nothing;
-    m_uiCompared += hasChecksum || update.m_result ? 1 : 0;
-    if (update.m_result && played.m_uiResult != *update.m_result)
-        Differs("result", played.m_uiResult, *update.m_result);
-    if (!hasChecksum)
-        return;
-    const uint32_t crc =
-        m_player.GetFramebuffer().GetCrc(update.m_coverage, update.m_encoded.m_rectangle);
-    if (crc != update.m_uiPictureCrc)
-        Differs("picture checksum", crc, update.m_uiPictureCrc);
-}
-
-void Decoding::Differs(const char* what, uint64_t found, uint64_t recorded) {
-    ++m_uiDifferences;
-    std::fprintf(stderr, "rctool: update %zu: %s %llx, recorded %llx\n", m_uiUpdates, what,
-                 static_cast<unsigned long long>(found), static_cast<unsigned long long>(recorded));
+    m_uiCompared += CanBeCompared(update) ? 1 : 0;
+    for (const Difference& difference : Compare(update, played, m_player.GetFramebuffer())) {
+        ++m_uiDifferences;
+        std::fprintf(stderr, "rctool: update %zu: %s\n", m_uiUpdates, Text(difference).c_str());
+    }
 }
 
 void Decoding::PrintSummary() const {
-    std::printf("%zu updates, %zu failed", m_uiUpdates, m_uiFailures);
+    std::printf("%s, %zu failed", Counted(m_uiUpdates, "update").c_str(), m_uiFailures);
     if (m_request.m_bVerify)
-        std::printf(", %zu compared, %zu differences", m_uiCompared, m_uiDifferences);
+        std::printf(", %zu compared, %s", m_uiCompared,
+                    Counted(m_uiDifferences, "difference").c_str());
     std::printf("\n");
 }
 
-int Decoding::Outcome() const {
-    if (m_request.m_bVerify && m_uiCompared == 0) {
+int Decoding::Outcome(bool whole) const {
+    if (m_uiUnexpectedFailures != 0)
+        return UpdateFailed;
+    if (m_request.m_bVerify && m_uiCompared == 0 && whole) {
         std::fprintf(stderr, "rctool: The recording holds nothing to verify\n");
         return NotVerified;
     }
-    if (m_uiDifferences != 0)
-        return NotVerified;
-    return m_uiUnexpectedFailures != 0 ? UpdateFailed : Done;
+    return m_uiDifferences != 0 ? NotVerified : Done;
 }
 
 int Decode(const DecodeRequest& request) {

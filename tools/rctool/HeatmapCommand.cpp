@@ -51,12 +51,11 @@ int MakeHeatmap(const HeatmapRequest& request) {
     Player player(header, options);
     walker::StreamWalker streamWalker(WalkFormatOf(header));
     size_t number = 0;
-    size_t failures = 0;
-    size_t recordedFailures = 0;
+    size_t failures = 0; ///< that the recording does not have
     Heatmap heatmap(header.m_settings.m_uiWidth, header.m_settings.m_uiHeight, request.m_kind);
     ForEachUpdate(reader, player, [&](const RecordedUpdate& update) {
-        failures += player.Play(update.m_encoded).m_failure.empty() ? 0 : 1;
-        recordedFailures += update.m_result == recording::FailedResult ? 1 : 0;
+        const bool failed = !player.Play(update.m_encoded).m_failure.empty();
+        failures += failed && update.m_result != recording::FailedResult ? 1 : 0;
         const recording::Framebuffer& screen = player.GetFramebuffer();
         heatmap.UseSize(screen.GetWidth(), screen.GetHeight());
         streamWalker.SetResolution(screen.GetWidth(), screen.GetHeight());
@@ -67,7 +66,7 @@ int MakeHeatmap(const HeatmapRequest& request) {
         return number++ != request.m_update;
     });
     if (request.m_update && *request.m_update >= number)
-        throw NoSuchUpdate(request.m_recording, number);
+        return ReportNoSuchUpdate(request.m_recording, number, reader.GetEnd());
     WriteWhole(request.m_output, request.m_bForce, [&](const std::string& path) {
         WritePng(path, heatmap.Paint(player.GetFramebuffer().GetPicture()));
     });
@@ -75,7 +74,8 @@ int MakeHeatmap(const HeatmapRequest& request) {
         std::printf("the most: %.0f %s\n", heatmap.GetMost(),
                     request.m_kind == HeatmapKind::Bits ? "bits a macroblock" : "times");
     const int end = ReportEnd(request.m_recording, reader.GetEnd());
-    return ReportFailures(failures, recordedFailures) ? int{UpdateFailed} : end;
+    const int outcome = ReportFailures(failures);
+    return outcome != Done ? outcome : end;
 }
 
 } // namespace

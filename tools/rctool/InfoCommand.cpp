@@ -36,9 +36,12 @@ public:
         m_report.m_uiPayloadBytes += encoded.m_vuiPayload.size();
         m_report.m_uiLastTime = update.m_uiTime;
         m_report.m_uiChecksums += update.m_coverage != recording::Coverage::Nothing ? 1 : 0;
-        m_report.m_uiRecordedFailures += update.m_result == recording::FailedResult ? 1 : 0;
+        const bool failedBefore = update.m_result == recording::FailedResult;
+        m_report.m_uiRecordedFailures += failedBefore ? 1 : 0;
         if (const auto end = m_walker.Walk(encoded, m_report.m_statistics))
             m_report.m_statistics.AddUpdate(*end, encoded.m_vuiPayload.size());
+        else
+            m_report.m_uiUnexpectedFailures += failedBefore ? 0 : 1;
     }
     void operator()(const recording::Settings& settings) {
         ++m_report.m_uiSettingsChanges;
@@ -70,8 +73,8 @@ int Info(const InfoRequest& request) {
     else
         PrintText(report);
     const int end = ReportEnd(request.m_recording, reader.GetEnd());
-    const bool unexpectedFaults = report.m_statistics.m_uiFaults > report.m_uiRecordedFailures;
-    return unexpectedFaults ? int{UpdateFailed} : end;
+    const int outcome = ReportFailures(report.m_uiUnexpectedFailures);
+    return outcome != Done ? outcome : end;
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "tools/rctool/InfoReport.h"
 
+#include "tools/rctool/Counted.h"
 #include "tools/rctool/Names.h"
 
 #include <nlohmann/json.hpp>
@@ -81,16 +82,18 @@ void PrintHeader(const InfoReport& report) {
                 NameOf(settings.m_sink));
     std::printf("stream         %s %s, protocol version %u, %s\n", NameOf(header.m_codec),
                 NameOf(header.m_chroma), header.m_uiProtocolVersion, NameOf(header.m_layout));
-    std::printf("drawing        contrast %u, post-processing %s, %s kernels, %u threads\n",
+    std::printf("drawing        contrast %u, post-processing %s, %s kernels, %s\n",
                 settings.m_uiContrast, settings.m_bPostprocessing ? "on" : "off",
-                NameOf(settings.m_kernels), header.m_uiThreads);
-    std::printf("recording      %zu updates in %.3f s, %zu bytes of data, %zu checksums, %s, %s\n",
-                report.m_uiUpdates, static_cast<double>(report.m_uiLastTime) / 1e6,
-                report.m_uiPayloadBytes, report.m_uiChecksums, NameOfEnd(report.m_end.m_kind),
+                NameOf(settings.m_kernels), Counted(header.m_uiThreads, "thread").c_str());
+    std::printf("recording      %s in %.3f s, %s of data, %s, %s, %s\n",
+                Counted(report.m_uiUpdates, "update").c_str(),
+                static_cast<double>(report.m_uiLastTime) / 1e6,
+                Counted(report.m_uiPayloadBytes, "byte").c_str(),
+                Counted(report.m_uiChecksums, "checksum").c_str(), NameOfEnd(report.m_end.m_kind),
                 report.m_bIndexed ? "indexed" : "no index");
     if (report.m_uiSettingsChanges + report.m_uiPictures != 0)
-        std::printf("other records  %zu settings, %zu pictures\n", report.m_uiSettingsChanges,
-                    report.m_uiPictures);
+        std::printf("other records  %zu settings, %s\n", report.m_uiSettingsChanges,
+                    Counted(report.m_uiPictures, "picture").c_str());
     if (report.m_uiRecordedFailures + report.m_statistics.m_uiFaults != 0)
         std::printf("failures       %zu recorded, %zu found\n", report.m_uiRecordedFailures,
                     report.m_statistics.m_uiFaults);
@@ -102,7 +105,7 @@ void PrintMacroblocks(const InfoReport& report) {
     const size_t skipped = SkippedOf(statistics);
     std::printf("qualities     ");
     for (const auto& [quality, updates] : report.m_qualities)
-        std::printf(" %u (%zu updates)", quality, updates);
+        std::printf(" %u (%s)", quality, Counted(updates, "update").c_str());
     std::printf("\nmacroblocks    %zu, %zu skipped (%.1f %%), %zu coded\n",
                 statistics.m_uiMacroblocks, skipped, Percent(skipped, statistics.m_uiMacroblocks),
                 statistics.m_vuiMacroblockBits.size());
@@ -125,11 +128,13 @@ void PrintSymbols(const StreamStatistics& statistics, size_t payloadBits) {
     std::stable_sort(symbols.begin(), symbols.end(), [](const auto& a, const auto& b) {
         return a.second.m_uiBits > b.second.m_uiBits;
     });
-    std::printf("symbols        %zu kinds, by their share of the bits:\n", symbols.size());
+    std::printf("symbols        %s, by their share of the bits:\n",
+                Counted(symbols.size(), "kind").c_str());
     symbols.resize(std::min(symbols.size(), SymbolsInText));
     for (const auto& [symbolClass, count] : symbols)
-        std::printf("  %-10s %9zu times %6.1f %%\n", walker::NameOf(symbolClass).c_str(),
-                    count.m_uiCount, Percent(count.m_uiBits, payloadBits));
+        std::printf("  %-10s %9zu %-5s %6.1f %%\n", walker::NameOf(symbolClass).c_str(),
+                    count.m_uiCount, Plural(count.m_uiCount, "time").c_str(),
+                    Percent(count.m_uiBits, payloadBits));
 }
 
 /// A note as one line that leaves the terminal alone: it may come from anywhere.

@@ -5,7 +5,6 @@
 #include "tools/walker/BlockWalker.h"
 
 #include <cstddef>
-#include <stdexcept>
 #include <string>
 #include <variant>
 
@@ -18,17 +17,17 @@ walker::WalkFormat WalkFormatOf(const recording::Header& header);
 /// Complains about a recording that ends amid a record. Returns RecordingEnds then, Done otherwise.
 int ReportEnd(const std::string& path, const recording::RecordingEnd& end);
 
-/// Complains about updates that fail and did not when they were recorded. Returns whether there are
-/// any.
-bool ReportFailures(size_t failures, size_t recordedFailures);
+/// Complains about updates that fail and did not when they were recorded. Returns UpdateFailed if
+/// there are any, Done otherwise.
+int ReportFailures(size_t unexpectedFailures);
 
-/// The update at a number of its recording, counted from 0. Throws std::invalid_argument when there
-/// is none.
-recording::RecordedUpdate ReadUpdate(recording::RecordingReader& reader, const std::string& path,
-                                     size_t number);
+/// Complains about an update that is not among the first `updates` ones, which the recording has.
+/// Returns RecordingEnds for a recording that is cut or damaged, which may have had more. Throws
+/// std::invalid_argument for a whole one.
+int ReportNoSuchUpdate(const std::string& path, size_t updates, const recording::RecordingEnd& end);
 
-/// That a recording has no update of a number, as it has only so many.
-std::invalid_argument NoSuchUpdate(const std::string& path, size_t updates);
+/// Reads all records that follow. Returns how the recording ends.
+recording::RecordingEnd ReadToEnd(recording::RecordingReader& reader);
 
 /// Feeds a player with the records of a reader, up to the end or until onUpdate returns false.
 /// onUpdate is called for updates, which it has to play.

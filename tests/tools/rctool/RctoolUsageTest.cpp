@@ -140,8 +140,14 @@ TEST_F(Rctool, ACutRecordingIsDoneUpToTheCutAndExitCode5) {
     for (const std::string& command :
          {std::string("info "), std::string("bench --passes 1 "), "heatmap -o " + In("x.png ")})
         EXPECT_EQ(RunRctool(command + In("cut.rcrec")).m_iExitCode, 5);
-    EXPECT_EQ(RunRctool("inspect " + In("cut.rcrec")).m_iExitCode, 0);
-    EXPECT_EQ(RunRctool("inspect --update 1 " + In("cut.rcrec")).m_iExitCode, 1);
+    for (const std::string& command :
+         {std::string("inspect --update 1 "), "heatmap --update 1 -o " + In("y.png ")}) {
+        const ProgramRun later = RunRctool(command + In("cut.rcrec"));
+        EXPECT_EQ(later.m_iExitCode, 5);
+        EXPECT_NE(later.m_output.find("The recording has 1 update, counted from 0"),
+                  std::string::npos)
+            << later.m_output;
+    }
 }
 
 TEST_F(Rctool, AnUpdateThatFailsIsExitCode3UnlessItFailedWhenRecorded) {
