@@ -30,10 +30,18 @@ private:
 } // namespace
 
 Picture ReadPng(const std::string& path) {
+    PngLoss ignored;
+    return ReadPng(path, ignored);
+}
+
+Picture ReadPng(const std::string& path, PngLoss& loss) {
     PngImage image;
     if (png_image_begin_read_from_file(image.Get(), path.c_str()) == 0) {
         image.Fail(path);
     }
+    loss.m_bTransparency = (image->format & PNG_FORMAT_FLAG_ALPHA) != 0;
+    loss.m_b16Bits = (image->format & PNG_FORMAT_FLAG_LINEAR) != 0;
+    image->flags |= PNG_IMAGE_FLAG_16BIT_sRGB; // Not linear where the file does not say so.
     image->format = PNG_FORMAT_RGB;
     Picture picture(image->width, image->height);
     const png_color black{0, 0, 0};

@@ -31,7 +31,7 @@ void Describe(CLI::App& app, BenchRequest& request) {
     AddRecordingArgument(app, request.m_recording);
     app.add_option("--passes", request.m_uiPasses, "how often the recording is decoded [15]")
         ->type_name("N")
-        ->check(CLI::Range(1, 1000000).description(""));
+        ->check(WholeNumber(1, 1000000));
     AddDecodingOptions(app, request.m_decoding);
     app.add_flag("--json", request.m_bJson, "as JSON");
     app.footer("Times are medians over the passes. Compare on an idle machine, pinned to\n"

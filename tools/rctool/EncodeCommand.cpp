@@ -62,10 +62,11 @@ void Describe(CLI::App& app, EncodeRequest& request) {
     app.add_option("--quality", request.m_quality,
                    "ict: 0 (coarse) to 15 (fine) [10]; lbe: 2 to 11\n"
                    "[10], in version 0 2 to 7 [7]")
-        ->type_name("N");
+        ->type_name("N")
+        ->check(WholeNumber(0, 15));
     app.add_option("--fps", request.m_fFramesPerSecond, "frames a second [25]")
         ->type_name("X")
-        ->check(CLI::Range(0.001, 1e6).description(""));
+        ->check(Number(0.001, 1e6));
     app.add_flag("--no-checksums", request.m_bWithoutChecksums,
                  "do not decode to take checksums of the pictures");
     app.add_flag("--quiet", request.m_bQuiet, "print nothing but errors");
@@ -96,6 +97,19 @@ std::unique_ptr<UpdateEncoder> MakeEncoder(const recording::Header& header,
     return std::make_unique<LbeEncoder>(
         format, header.m_chroma,
         quality.value_or(fewQualities ? DefaultQualityOfLbeVersion0 : DefaultQuality));
+}
+
+/// Says on the error output what is lost of a picture.
+Picture ReadFrame(const std::string& frame, bool quiet) {
+    PngLoss loss;
+    Picture picture = ReadPng(frame, loss);
+    if (loss.m_bTransparency && !quiet)
+        std::fprintf(stderr, "rctool: %s: Its transparent parts are blended with black\n",
+                     frame.c_str());
+    if (loss.m_b16Bits && !quiet)
+        std::fprintf(stderr, "rctool: %s: Its 16-bit samples are rounded to 8 bits\n",
+                     frame.c_str());
+    return picture;
 }
 
 void PrintUpdate(const std::string& frame, const Picture& picture, const EncodedUpdate& update) {
@@ -130,7 +144,7 @@ void EncodeFrames(const EncodeRequest& request, Recorder& recorder) {
     double time = recorder.GetTime() ? static_cast<double>(*recorder.GetTime()) + period : 0;
     std::optional<Picture> previous;
     for (const std::string& frame : request.m_vFrames) {
-        Picture picture = ReadPng(frame);
+        Picture picture = ReadFrame(frame, request.m_bQuiet);
         const EncodedUpdate update =
             EncodeFrame(*encoder, frame, picture, previous ? &*previous : nullptr);
         CheckSize(frame, picture, recorder.GetHeader().m_settings);

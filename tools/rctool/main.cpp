@@ -1,4 +1,5 @@
 #include "tools/rctool/Commands.h"
+#include "tools/rctool/UsageErrors.h"
 
 #include <cstdio>
 #include <exception>
@@ -23,13 +24,8 @@ int main(int argc, char** argv) {
         app->parse(argc, argv);
     } catch (const CLI::Success& help) {
         return app->exit(help);
-    } catch (const CLI::RequiredError& error) {
-        const bool unknown = argc > 1 && app->get_subcommands().empty();
-        return Complain(unknown ? (argv[1] + std::string(": No such command")).c_str()
-                                : error.what(),
-                        WrongUsage);
     } catch (const CLI::ParseError& error) {
-        return Complain(error.what(), WrongUsage);
+        return Complain(UsageError(*app, error).c_str(), WrongUsage);
     }
     try {
         const int code = action();
@@ -37,7 +33,7 @@ int main(int argc, char** argv) {
             return Complain("The output could not be written", FileFailed);
         return code;
     } catch (const std::invalid_argument& error) {
-        return Complain(error.what(), WrongUsage);
+        return Complain((error.what() + HelpHint(*app)).c_str(), WrongUsage);
     } catch (const std::exception& error) {
         return Complain(error.what(), FileFailed);
     }
