@@ -80,15 +80,13 @@ private:
                                 OutOfBytesText);
             ++m_uiFetched;
         }
-        uint32_t bits = 0;
-        for (size_t i = m_uiPosition; i < m_uiPosition + count; ++i)
-            bits = bits << 1 | Bit(i);
-        return bits;
+        // Up to 16 bits lie in three bytes.
+        const size_t first = m_uiPosition / 8;
+        const uint32_t window = Byte(first) << 16 | Byte(first + 1) << 8 | Byte(first + 2);
+        return window >> (24 - m_uiPosition % 8 - count) & ((1U << count) - 1);
     }
 
-    uint32_t Bit(size_t i) const {
-        return i / 8 < m_data.size() ? m_data[i / 8] >> (7 - i % 8) & 1U : 0U;
-    }
+    uint32_t Byte(size_t i) const { return i < m_data.size() ? m_data[i] : 0; }
 
     std::span<const uint8_t> m_data;
     size_t m_uiZeroBytes;
