@@ -2,6 +2,7 @@
 #include "tools/rctool/Counted.h"
 #include "tools/rctool/Names.h"
 #include "tools/rctool/Options.h"
+#include "tools/rctool/Progress.h"
 #include "tools/rctool/RecordedUpdates.h"
 #include "tools/rctool/StopWatch.h"
 #include "tools/walker/StreamWalker.h"
@@ -142,11 +143,14 @@ int Bench(const BenchRequest& request) {
     const Work work = Load(reader);
     const size_t failures = PlayAll(player, work); // Warms caches and tables.
     std::vector<WorkTime> times;
+    Progress progress("bench", "pass", request.m_uiPasses);
     for (unsigned pass = 0; pass < request.m_uiPasses; ++pass) {
+        progress.Step();
         const StopWatch watch;
         PlayAll(player, work);
         times.push_back(watch.Elapsed());
     }
+    progress.Clear();
     const Figures figures = FiguresOf(times, work);
     (request.m_bJson ? PrintJson : PrintText)(figures, work, request, player);
     const int end = ReportEnd(request.m_recording, reader.GetEnd());

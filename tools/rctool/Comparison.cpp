@@ -1,5 +1,6 @@
 #include "tools/rctool/Comparison.h"
 
+#include "tools/rctool/Progress.h"
 #include "tools/rctool/RecordedUpdates.h"
 
 #include <cstdio>
@@ -52,8 +53,10 @@ Replay ReplayUpTo(recording::RecordingReader& reader, size_t number) {
     try {
         reader.FindUpdates(); // Goes back to the start.
         Player player(reader.GetHeader(), {});
+        Progress progress("inspect", "update", number + 1);
         size_t current = 0;
         ForEachUpdate(reader, player, [&](const RecordedUpdate& update) {
+            progress.Step();
             const PlayedUpdate played = player.Play(update.m_encoded);
             auto differences = Compare(update, played, player.GetFramebuffer());
             if (current == number) {

@@ -6,6 +6,7 @@
 #include "tools/rctool/Options.h"
 #include "tools/rctool/OutputFile.h"
 #include "tools/rctool/PictureFile.h"
+#include "tools/rctool/Progress.h"
 #include "tools/rctool/RecordedUpdates.h"
 #include "tools/rctool/StopWatch.h"
 
@@ -98,6 +99,7 @@ private:
     const DecodeRequest& m_request;
     FrameTimes m_frameTimes;
     Player m_player;
+    std::optional<Progress> m_progress; ///< once the recording is read
     std::chrono::steady_clock::time_point m_start = std::chrono::steady_clock::now();
     size_t m_uiUpdates = 0;
     size_t m_uiFailures = 0; ///< recorded ones among them
@@ -119,13 +121,17 @@ void Decoding::CheckThatChecksumsHold(const recording::Header& header) const {
 }
 
 int Decoding::Run(RecordingReader& reader) {
+    const bool shown = !m_request.m_bQuiet && m_request.m_frameTimes != StandardOutput;
+    m_progress.emplace("decode", "update", CountUpdates(reader), shown);
     ForEachUpdate(reader, m_player, [this](const RecordedUpdate& update) {
+        m_progress->Step();
         if (m_request.m_bRealTime)
             WaitFor(update);
         Show(update);
         ++m_uiUpdates;
         return true;
     });
+    m_progress->Clear();
     if (!m_request.m_output.empty() && !m_request.m_bEveryPicture)
         WriteShown(m_request.m_output);
     m_frameTimes.Close();
@@ -156,6 +162,7 @@ void Decoding::Judge(const RecordedUpdate& update, const PlayedUpdate& played) {
         ++m_uiFailures;
         const bool asRecorded = update.m_result == recording::FailedResult;
         m_uiUnexpectedFailures += asRecorded ? 0 : 1;
+        m_progress->Clear();
         std::fprintf(stderr, "rctool: update %zu: %s%s\n", m_uiUpdates, played.m_failure.c_str(),
                      asRecorded ? ", as when it was recorded" : "");
     }
@@ -167,6 +174,7 @@ void Decoding::Verify(const RecordedUpdate& update, const PlayedUpdate& played) 
     m_uiCompared += CanBeCompared(update) ? 1 : 0;
     for (const Difference& difference : Compare(update, played, m_player.GetFramebuffer())) {
         ++m_uiDifferences;
+        m_progress->Clear();
         std::fprintf(stderr, "rctool: update %zu: %s\n", m_uiUpdates, Text(difference).c_str());
     }
 }

@@ -4,6 +4,7 @@
 #include "tools/rctool/Commands.h"
 #include "tools/rctool/Options.h"
 #include "tools/rctool/OutputFile.h"
+#include "tools/rctool/Progress.h"
 #include "tools/rctool/Recorder.h"
 
 #include <cstdio>
@@ -100,9 +101,11 @@ std::unique_ptr<UpdateEncoder> MakeEncoder(const recording::Header& header,
 }
 
 /// Says on the error output what is lost of a picture.
-Picture ReadFrame(const std::string& frame, bool quiet) {
+Picture ReadFrame(const std::string& frame, bool quiet, Progress& progress) {
     PngLoss loss;
     Picture picture = ReadPng(frame, loss);
+    if (loss.m_bTransparency || loss.m_b16Bits)
+        progress.Clear();
     if (loss.m_bTransparency && !quiet)
         std::fprintf(stderr, "rctool: %s: Its transparent parts are blended with black\n",
                      frame.c_str());
@@ -143,12 +146,15 @@ void EncodeFrames(const EncodeRequest& request, Recorder& recorder) {
     const double period = 1e6 / request.m_fFramesPerSecond;
     double time = recorder.GetTime() ? static_cast<double>(*recorder.GetTime()) + period : 0;
     std::optional<Picture> previous;
+    Progress progress("encode", "frame", request.m_vFrames.size(), !request.m_bQuiet);
     for (const std::string& frame : request.m_vFrames) {
-        Picture picture = ReadFrame(frame, request.m_bQuiet);
+        progress.Step();
+        Picture picture = ReadFrame(frame, request.m_bQuiet, progress);
         const EncodedUpdate update =
             EncodeFrame(*encoder, frame, picture, previous ? &*previous : nullptr);
         CheckSize(frame, picture, recorder.GetHeader().m_settings);
         recorder.Write(update, static_cast<uint64_t>(time), !request.m_bWithoutChecksums);
+        progress.Clear();
         if (!request.m_bQuiet)
             PrintUpdate(frame, picture, update);
         previous = std::move(picture);

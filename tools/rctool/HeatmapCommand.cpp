@@ -1,13 +1,17 @@
-#include "tools/PngFile.h"
 #include "tools/rctool/Commands.h"
-#include "tools/rctool/Heatmap.h"
+#include "tools/rctool/Counted.h"
+#include "tools/rctool/HeatmapPicture.h"
 #include "tools/rctool/Options.h"
 #include "tools/rctool/OutputFile.h"
+#include "tools/rctool/Progress.h"
 #include "tools/rctool/RecordedUpdates.h"
 #include "tools/walker/StreamWalker.h"
 
+#include <cerrno>
 #include <cstdio>
+#include <memory>
 #include <stdexcept>
+#include <system_error>
 
 namespace Vostrel::rctool {
 
@@ -39,8 +43,63 @@ void Describe(CLI::App& app, HeatmapRequest& request) {
                            "changes: how often they were coded [bits]");
     AddForce(app, request.m_bForce);
     app.add_flag("--quiet", request.m_bQuiet, "print nothing but errors");
-    app.footer("The picture in grey, coloured from blue (little) to red (the most) where\n"
-               "macroblocks were coded. A line frames every area of coded macroblocks.");
+    app.footer("Macroblocks that were coded in colours from blue (little) to red (the most),\n"
+               "with a legend; black where nothing was coded. Beside it the screen in grey.");
+}
+
+std::runtime_error WriteFailure(const std::string& path) {
+    return std::runtime_error(path + ": " + std::generic_category().message(errno));
+}
+
+std::FILE* OpenForWriting(const std::string& path) {
+    std::FILE* const file = std::fopen(path.c_str(), "wb");
+    if (file == nullptr)
+        throw WriteFailure(path);
+    return file;
+}
+
+void FlushWritten(std::FILE* file, const std::string& path) {
+    if (std::fflush(file) != 0)
+        throw WriteFailure(path);
+}
+
+/// What the sums were taken over.
+struct Span {
+    size_t m_uiFirst = 0; ///< update, the first one of the screen's last size
+    size_t m_uiEnd = 0;
+};
+
+std::string TitleOf(const HeatmapRequest& request, const Span& span) {
+    std::string title =
+        request.m_kind == HeatmapKind::Bits ? "BITS A MACROBLOCK, " : "TIMES CODED, ";
+    if (request.m_update)
+        title += "UPDATE " + std::to_string(*request.m_update);
+    else if (span.m_uiFirst != 0)
+        title +=
+            "UPDATES " + std::to_string(span.m_uiFirst) + " TO " + std::to_string(span.m_uiEnd - 1);
+    else
+        title += "ALL UPDATES";
+    return title + ". BLACK: NOT CODED";
+}
+
+std::string InUnits(uint32_t heat, HeatmapKind kind) {
+    return kind == HeatmapKind::Bits ? Counted(heat, "bit") + " a macroblock"
+                                     : "coded " + Counted(heat, "time");
+}
+
+void PrintMost(const HeatmapRequest& request, const Heatmap& heatmap, const Span& span) {
+    const std::string most = InUnits(heatmap.GetMost(), request.m_kind);
+    if (request.m_update) {
+        std::printf("the most in update %zu: %s\n", *request.m_update, most.c_str());
+        return;
+    }
+    const std::string one = InUnits(heatmap.GetMostInOneUpdate(), request.m_kind);
+    std::printf("the most in one update: %s\n", one.c_str());
+    if (span.m_uiFirst == 0)
+        std::printf("the most in the whole recording: %s\n", most.c_str());
+    else
+        std::printf("the most since update %zu, when the size changed: %s\n", span.m_uiFirst,
+                    most.c_str());
 }
 
 int MakeHeatmap(const HeatmapRequest& request) {
@@ -50,29 +109,37 @@ int MakeHeatmap(const HeatmapRequest& request) {
     options.m_target = recording::Target::Argb;
     Player player(header, options);
     walker::StreamWalker streamWalker(WalkFormatOf(header));
-    size_t number = 0;
+    Span span;
     size_t failures = 0; ///< that the recording does not have
     Heatmap heatmap(header.m_settings.m_uiWidth, header.m_settings.m_uiHeight, request.m_kind);
+    Progress progress("heatmap", "update", CountUpdates(reader), !request.m_bQuiet);
     ForEachUpdate(reader, player, [&](const RecordedUpdate& update) {
+        progress.Step();
         const bool failed = !player.Play(update.m_encoded).m_failure.empty();
         failures += failed && update.m_result != recording::FailedResult ? 1 : 0;
         const recording::Framebuffer& screen = player.GetFramebuffer();
-        heatmap.UseSize(screen.GetWidth(), screen.GetHeight());
+        if (heatmap.UseSize(screen.GetWidth(), screen.GetHeight()))
+            span.m_uiFirst = span.m_uiEnd;
         streamWalker.SetResolution(screen.GetWidth(), screen.GetHeight());
-        if (number == request.m_update.value_or(number)) {
+        if (span.m_uiEnd == request.m_update.value_or(span.m_uiEnd)) {
             heatmap.BeginUpdate(update.m_encoded.m_rectangle);
             streamWalker.Walk(update.m_encoded, heatmap);
         }
-        return number++ != request.m_update;
+        return span.m_uiEnd++ != request.m_update;
     });
-    if (request.m_update && *request.m_update >= number)
-        return ReportNoSuchUpdate(request.m_recording, number, reader.GetEnd());
+    progress.Clear();
+    if (request.m_update && *request.m_update >= span.m_uiEnd)
+        return ReportNoSuchUpdate(request.m_recording, span.m_uiEnd, reader.GetEnd());
     WriteWhole(request.m_output, request.m_bForce, [&](const std::string& path) {
-        WritePng(path, heatmap.Paint(player.GetFramebuffer().GetPicture()));
+        const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(OpenForWriting(path),
+                                                                   std::fclose);
+        Progress rows("heatmap", "row", heatmap.GetHeight(), !request.m_bQuiet);
+        WriteHeatmap(file.get(), path, heatmap, player.GetFramebuffer(), TitleOf(request, span),
+                     rows);
+        FlushWritten(file.get(), path);
     });
     if (!request.m_bQuiet)
-        std::printf("the most: %.0f %s\n", heatmap.GetMost(),
-                    request.m_kind == HeatmapKind::Bits ? "bits a macroblock" : "times");
+        PrintMost(request, heatmap, span);
     const int end = ReportEnd(request.m_recording, reader.GetEnd());
     const int outcome = ReportFailures(failures);
     return outcome != Done ? outcome : end;

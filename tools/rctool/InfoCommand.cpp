@@ -1,6 +1,7 @@
 #include "tools/rctool/Commands.h"
 #include "tools/rctool/InfoReport.h"
 #include "tools/rctool/Options.h"
+#include "tools/rctool/Progress.h"
 #include "tools/rctool/RecordedUpdates.h"
 
 namespace Vostrel::rctool {
@@ -65,8 +66,12 @@ int Info(const InfoRequest& request) {
     report.m_header = reader.GetHeader();
     report.m_bIndexed = reader.ReadIndex().has_value();
     InfoCollector collector(report);
-    while (const auto record = reader.Next())
+    Progress progress("info", "record", 0);
+    while (const auto record = reader.Next()) {
+        progress.Step();
         std::visit(collector, *record);
+    }
+    progress.Clear();
     report.m_end = reader.GetEnd();
     if (request.m_bJson)
         PrintJson(report);

@@ -55,6 +55,11 @@ int ReportNoSuchUpdate(const std::string& path, size_t updates,
     return ReportEnd(path, end);
 }
 
+size_t CountUpdates(recording::RecordingReader& reader) {
+    const auto index = reader.ReadIndex();
+    return index ? index->size() : 0;
+}
+
 recording::RecordingEnd ReadToEnd(recording::RecordingReader& reader) {
     while (reader.Next()) {
     }

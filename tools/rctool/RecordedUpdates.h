@@ -26,6 +26,10 @@ int ReportFailures(size_t unexpectedFailures);
 /// std::invalid_argument for a whole one.
 int ReportNoSuchUpdate(const std::string& path, size_t updates, const recording::RecordingEnd& end);
 
+/// How many updates the index of a recording names; 0 without one. For progress alone: the records
+/// may disagree.
+size_t CountUpdates(recording::RecordingReader& reader);
+
 /// Reads all records that follow. Returns how the recording ends.
 recording::RecordingEnd ReadToEnd(recording::RecordingReader& reader);
 
