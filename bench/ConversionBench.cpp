@@ -1,4 +1,5 @@
 #include "bench/DecodingScene.h"
+#include "bench/KernelBench.h"
 #include "libimagedecoder/YCbCr4xxToArgb32/YCbCr4xxToArgb32Factory.h"
 
 #include <algorithm>
@@ -32,10 +33,12 @@ void ReportRate(benchmark::State& state) {
 
 using Conversion = decltype(&YCbCr::Convert420);
 
-void ConvertScreen(benchmark::State& state, bool accelerate, Conversion conversion,
+using Variant = libimagedecoder::KernelVariant<std::shared_ptr<YCbCr>>;
+
+void ConvertScreen(benchmark::State& state, const Variant& variant, Conversion conversion,
                    unsigned chromaDivX) {
     SilentLogger logger;
-    const auto kernel = YCbCr4xxToArgb32Factory::CreateYCbCr4xxToArgb32(&logger, accelerate);
+    const std::shared_ptr<YCbCr> kernel = variant.m_pMake(&logger);
     const std::vector<uint8_t> luma = RandomSamples();
     const std::vector<uint8_t> chroma = RandomSamples();
     const auto skipMask = std::make_unique<bool[]>(Pixels / 256);
@@ -61,15 +64,19 @@ void StoreScreen(benchmark::State& state) {
 
 BENCHMARK(StoreScreen)->Unit(benchmark::kMicrosecond);
 
-#define CONVERSION_CASE(name, ...)                                                                 \
-    BENCHMARK_CAPTURE(ConvertScreen, name, __VA_ARGS__)->Unit(benchmark::kMicrosecond)
+void RegisterSampling(const char* name, Conversion conversion, unsigned chromaDivX) {
+    RegisterVariants(YCbCr4xxToArgb32Factory::GetVariants(), "ConvertScreen", name,
+                     benchmark::kMicrosecond, [=](benchmark::State& state, const Variant& variant) {
+                         ConvertScreen(state, variant, conversion, chromaDivX);
+                     });
+}
 
-CONVERSION_CASE(Accelerated420, true, &YCbCr::Convert420, 2);
-CONVERSION_CASE(Accelerated422, true, &YCbCr::Convert422, 2);
-CONVERSION_CASE(Accelerated444, true, &YCbCr::Convert444, 1);
-CONVERSION_CASE(Portable420, false, &YCbCr::Convert420, 2);
-CONVERSION_CASE(Portable422, false, &YCbCr::Convert422, 2);
-CONVERSION_CASE(Portable444, false, &YCbCr::Convert444, 1);
+[[maybe_unused]] const bool s_bRegistered = [] {
+    RegisterSampling("420", &YCbCr::Convert420, 2);
+    RegisterSampling("422", &YCbCr::Convert422, 2);
+    RegisterSampling("444", &YCbCr::Convert444, 1);
+    return true;
+}();
 
 } // namespace
 } // namespace Vostrel::bench

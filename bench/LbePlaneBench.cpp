@@ -1,12 +1,14 @@
 #include "bench/DecodingScene.h"
+#include "bench/KernelBench.h"
 #include "libimagedecoder/LbePlaneDecoder.h"
+#include "libimagedecoder/LbePlaneKernelFactory.h"
 #include "libimagedecoder/StreambufferArray.h"
 #include "tools/BitWriter.h"
 
 #include <benchmark/benchmark.h>
 #include <random>
 
-// Planes of LBE blocks through the plane decoder alone.
+// Planes of LBE blocks through the plane decoder alone, and through the kernels.
 
 namespace Vostrel::bench {
 namespace {
@@ -38,6 +40,11 @@ std::vector<uint8_t> EncodePlanes(unsigned literalShare) {
     return bits.GetBytes();
 }
 
+void ReportRate(benchmark::State& state) {
+    state.counters["Mplane/s"] = benchmark::Counter(static_cast<double>(PlaneCount) * 1e-6,
+                                                    benchmark::Counter::kIsIterationInvariantRate);
+}
+
 void DecodePlane(benchmark::State& state) {
     std::vector<uint8_t> stream = EncodePlanes(static_cast<unsigned>(state.range(0)));
     LbePlaneBuffer plane;
@@ -49,11 +56,37 @@ void DecodePlane(benchmark::State& state) {
             benchmark::DoNotOptimize(plane);
         }
     }
-    state.counters["Mplane/s"] = benchmark::Counter(static_cast<double>(PlaneCount) * 1e-6,
-                                                    benchmark::Counter::kIsIterationInvariantRate);
+    ReportRate(state);
 }
 
 BENCHMARK(DecodePlane)->Arg(10)->Arg(50)->Arg(90)->ArgName("literals%");
+
+using Variant = KernelVariant<LbePlaneKernel>;
+
+void DecodePlaneByKernel(benchmark::State& state, const Variant& variant, unsigned literalShare) {
+    std::vector<uint8_t> stream = EncodePlanes(literalShare);
+    stream.resize(stream.size() + LbePlaneRoom(LumaFormat));
+    const LbePlaneKernel decode = variant.m_pMake(nullptr);
+    LbePlaneBytes plane;
+    for (auto _ : state) {
+        size_t position = 0;
+        for (size_t i = 0; i < PlaneCount; ++i) {
+            position = decode(stream.data(), position, LumaFormat, plane);
+            benchmark::DoNotOptimize(plane);
+        }
+    }
+    ReportRate(state);
+}
+
+[[maybe_unused]] const bool s_bRegistered = [] {
+    for (const unsigned literalShare : {10u, 50u, 90u})
+        RegisterVariants(LbePlaneKernelFactory::GetVariants(), "DecodePlaneByKernel",
+                         "literals%:" + std::to_string(literalShare), benchmark::kNanosecond,
+                         [=](benchmark::State& state, const Variant& variant) {
+                             DecodePlaneByKernel(state, variant, literalShare);
+                         });
+    return true;
+}();
 
 } // namespace
 } // namespace Vostrel::bench

@@ -1,4 +1,5 @@
 #include "bench/DecodingScene.h"
+#include "bench/KernelBench.h"
 #include "libimagedecoder/AlignedMemory.h"
 #include "libimagedecoder/InverseTransform/InverseIctFactory.h"
 
@@ -12,11 +13,13 @@ namespace Vostrel::bench {
 namespace {
 
 using namespace libimagedecoder;
+using InverseTransform::InverseIct::IInverseIct;
 using InverseTransform::InverseIct::InverseIctFactory;
+using Variant = KernelVariant<std::shared_ptr<IInverseIct>>;
 
-void TransformTile(benchmark::State& state, bool accelerate, size_t coefficientsSet) {
+void TransformTile(benchmark::State& state, const Variant& variant, size_t coefficientsSet) {
     SilentLogger logger;
-    const auto transform = InverseIctFactory::CreateInverseIct(&logger, accelerate);
+    const std::shared_ptr<IInverseIct> transform = variant.m_pMake(&logger);
     const auto coefficients = AllocateAligned<int16_t>(TileCoefficients, 32);
     std::array<int16_t, TileCoefficients> tile{};
     for (size_t i = 0; i < coefficientsSet; ++i)
@@ -29,10 +32,18 @@ void TransformTile(benchmark::State& state, bool accelerate, size_t coefficients
     }
 }
 
-BENCHMARK_CAPTURE(TransformTile, AcceleratedDcOnly, true, 1);
-BENCHMARK_CAPTURE(TransformTile, AcceleratedFull, true, TileCoefficients);
-BENCHMARK_CAPTURE(TransformTile, PortableDcOnly, false, 1);
-BENCHMARK_CAPTURE(TransformTile, PortableFull, false, TileCoefficients);
+void RegisterTile(const char* name, size_t coefficientsSet) {
+    RegisterVariants(InverseIctFactory::GetVariants(), "TransformTile", name,
+                     benchmark::kNanosecond, [=](benchmark::State& state, const Variant& variant) {
+                         TransformTile(state, variant, coefficientsSet);
+                     });
+}
+
+[[maybe_unused]] const bool s_bRegistered = [] {
+    RegisterTile("DcOnly", 1);
+    RegisterTile("Full", TileCoefficients);
+    return true;
+}();
 
 } // namespace
 } // namespace Vostrel::bench

@@ -25,7 +25,7 @@ constexpr unsigned MaxEdge = 40;
 struct Options {
     explicit Options(FuzzInput& input)
         : chroma(static_cast<ChromaSubsampling>(input.Below(3))),
-          kernel(input.Below(KernelVariants)), width(Edge(input)), height(Edge(input)),
+          kernel(input.Below(KernelVariants())), width(Edge(input)), height(Edge(input)),
           contentScale(1 + input.Below(24)) {
         format.m_codec = input.Coin() ? Codec::Lbe : Codec::Ict;
         format.m_uiProtocolVersion = input.Below(3);

@@ -1,5 +1,5 @@
-// Every variant of the two kernel families against the model of its own rule: tiles of any
-// coefficients, and conversions of any geometry, strides and masks.
+// Every variant of the transform and of the colour conversion against the model of its own rule:
+// tiles of any coefficients, and conversions of any geometry, strides and masks.
 
 #include "fuzz/FuzzInput.h"
 #include "fuzz/GuardedPages.h"
@@ -8,7 +8,6 @@
 #include "tests/model/KernelModels.h"
 #include "tests/model/ModelTransform.h"
 
-#include <array>
 #include <memory>
 #include <vector>
 
@@ -27,7 +26,7 @@ struct Kernels {
         : transform(MakeTransform(variant, &logger)), converter(MakeConverter(variant, &logger)) {}
 
     static Kernels& Of(unsigned variant) {
-        static std::array<std::unique_ptr<Kernels>, KernelVariants> kernels;
+        static std::vector<std::unique_ptr<Kernels>> kernels(KernelVariants());
         if (!kernels[variant])
             kernels[variant] = std::make_unique<Kernels>(variant);
         return *kernels[variant];
@@ -140,7 +139,7 @@ void FuzzConversion(FuzzInput& input, unsigned variant) {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     using namespace Vostrel::fuzz;
     FuzzInput input(data, size);
-    const unsigned variant = input.Below(KernelVariants);
+    const unsigned variant = input.Below(KernelVariants());
     if (input.Coin())
         FuzzTransform(input, variant);
     else

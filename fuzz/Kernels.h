@@ -1,59 +1,51 @@
 #pragma once
 
-#include "libimagedecoder/CpuArch.h"
-#include "libimagedecoder/InverseTransform/InverseIctAvx2.h"
-#include "libimagedecoder/InverseTransform/InverseIctNative.h"
-#include "libimagedecoder/InverseTransform/InverseIctSse2.h"
-#include "libimagedecoder/LbePlaneKernel.h"
-#include "libimagedecoder/YCbCr4xxToArgb32/YCbCr4xxToArgb32Avx2.h"
-#include "libimagedecoder/YCbCr4xxToArgb32/YCbCr4xxToArgb32Native.h"
-#include "libimagedecoder/YCbCr4xxToArgb32/YCbCr4xxToArgb32Sse2.h"
+#include "libimagedecoder/KernelLevels.h"
 #include "tests/model/ModelKernelRule.h"
 
 #include <memory>
+#include <vector>
 
 namespace Vostrel::fuzz {
 
-/// The kernel variants by number: 0 portable, 1 SSE2, 2 AVX2, or SSE2 where there is no AVX2.
-constexpr unsigned KernelVariants = 3;
-
-inline model::KernelRule RuleOf(unsigned variant) {
-    return variant == 0 ? model::KernelRule::Portable : model::KernelRule::Accelerated;
+/// The library's kernel levels, of which a harness takes one by its number. The numbers are the
+/// same on all processors; where one lacks a level's instructions, it runs the best older kernels.
+inline const std::vector<libimagedecoder::KernelLevel>& KernelLevels() {
+    static const std::vector<libimagedecoder::KernelLevel> levels =
+        libimagedecoder::ListKernelLevels();
+    return levels;
 }
 
-inline bool HasAvx2() {
-    using namespace libimagedecoder;
-    static const bool has =
-        (CpuArch::GetInstrSetArchExtFlags(nullptr) & InstrSetArchExt::Avx2) != 0;
-    return has;
+inline unsigned KernelVariants() {
+    return static_cast<unsigned>(KernelLevels().size());
+}
+
+inline model::KernelRule RuleOf(unsigned variant) {
+    using libimagedecoder::KernelArithmetic;
+    return KernelLevels()[variant].m_Arithmetic == KernelArithmetic::Portable
+               ? model::KernelRule::Portable
+               : model::KernelRule::Accelerated;
 }
 
 inline std::shared_ptr<libimagedecoder::InverseTransform::InverseIct::IInverseIct>
 MakeTransform(unsigned variant, libimagedecoder::ILogger* logger) {
-    using namespace libimagedecoder::InverseTransform::InverseIct;
-    if (variant == 0)
-        return std::make_shared<InverseIctNative>(logger);
-    if (variant == 1 || !HasAvx2())
-        return std::make_shared<InverseIctSse2>(logger);
-    return std::make_shared<InverseIctAvx2>(logger);
+    return CreateInverseIctOf(KernelLevels()[variant], logger);
 }
 
 inline std::shared_ptr<libimagedecoder::YCbCr4xxToArgb32::IYCbCr4xxToArgb32>
 MakeConverter(unsigned variant, libimagedecoder::ILogger* logger) {
-    using namespace libimagedecoder::YCbCr4xxToArgb32;
-    if (variant == 0)
-        return std::make_shared<YCbCr4xxToArgb32Native>(logger);
-    if (variant == 1 || !HasAvx2())
-        return std::make_shared<YCbCr4xxToArgb32Sse2>(logger);
-    return std::make_shared<YCbCr4xxToArgb32Avx2>(logger);
+    return CreateYCbCr4xxToArgb32Of(KernelLevels()[variant], logger);
 }
 
-/// The kernel of LBE's planes; there are two of them, of which an old processor has one.
+/// The kernel of LBE's planes, by the number of its level.
 inline libimagedecoder::LbePlaneKernel PlaneKernel(unsigned variant) {
-    using namespace libimagedecoder;
-    static const LbePlaneKernel fastest =
-        ChooseLbePlaneKernel(CpuArch::GetInstrSetArchExtFlags(nullptr));
-    return variant == 0 ? DecodeLbePlaneNative : fastest;
+    static const std::vector<libimagedecoder::LbePlaneKernel> kernels = [] {
+        std::vector<libimagedecoder::LbePlaneKernel> all;
+        for (const libimagedecoder::KernelLevel& level : KernelLevels())
+            all.push_back(CreateLbePlaneKernelOf(level, nullptr));
+        return all;
+    }();
+    return kernels[variant];
 }
 
 } // namespace Vostrel::fuzz

@@ -32,7 +32,8 @@ struct ModelledPlane {
 class PlaneRun {
 public:
     explicit PlaneRun(FuzzInput& input)
-        : m_pKernel(PlaneKernel(input.Below(2))), m_aFormats{ReadFormat(input), ReadFormat(input)},
+        : m_pKernel(PlaneKernel(input.Below(KernelVariants()))), m_aFormats{ReadFormat(input),
+                                                                            ReadFormat(input)},
           m_uiChoices(input.Byte()), m_uiPiece(PieceOf(input.Byte())),
           m_uiSkippedBits(input.Below(8)), m_Bytes(input.Rest()),
           m_ModelStream({m_Bytes.begin(), m_Bytes.end()}, m_uiPiece) {

@@ -88,7 +88,7 @@ Seed MakeSeed(const UpdateFormat& format, ChromaSubsampling chroma, unsigned num
     life.m_uiThreads = format.m_layout == RecordLayout::Continuous
                            ? uint8_t{0}
                            : static_cast<uint8_t>(1 + number % 4);
-    life.m_uiKernel = static_cast<uint8_t>(number % 3);
+    life.m_uiKernel = static_cast<uint8_t>(number % KernelVariants());
     life.m_uiSink = static_cast<uint8_t>(number % 5 == 0 ? 1 : 0);
     life.m_uiPlace = static_cast<uint8_t>(number % 2);
     life.m_uiWidth = static_cast<uint8_t>(width - 1);

@@ -8,9 +8,9 @@
 #include "libimagedecoder/ImageDecoderException.h"
 #include "tests/model/ModelLbe.h"
 
-#include <array>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace Vostrel::fuzz {
 namespace {
@@ -26,7 +26,7 @@ struct Subject {
     explicit Subject(unsigned variant) : renderer(MakeConverter(variant, &logger)) {}
 
     static ImageDecoderRenderer& Of(unsigned variant) {
-        static std::array<std::unique_ptr<Subject>, KernelVariants> subjects;
+        static std::vector<std::unique_ptr<Subject>> subjects(KernelVariants());
         if (!subjects[variant])
             subjects[variant] = std::make_unique<Subject>(variant);
         return subjects[variant]->renderer;
@@ -39,7 +39,7 @@ struct Subject {
 /// What one input asks for, in the order of its bytes.
 struct Scene {
     explicit Scene(FuzzInput& input)
-        : variant(input.Below(KernelVariants)), subsampling(input.Below(3)),
+        : variant(input.Below(KernelVariants())), subsampling(input.Below(3)),
           sink(input.Coin() ? ModelSink::Planes : ModelSink::Argb), reducedDepth(input.Coin()),
           relative(input.Below(4) == 0), postProcessing(input.Coin()),
           contrast(static_cast<int8_t>(input.Byte())), flush(FlushOf(input.Coin())),

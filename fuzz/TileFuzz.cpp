@@ -15,6 +15,7 @@
 
 #include <array>
 #include <memory>
+#include <vector>
 
 namespace Vostrel::fuzz {
 namespace {
@@ -29,7 +30,7 @@ struct TileDecoder {
           decoder(&renderer, &stream, &logger, 0, 1, 0, transform) {}
 
     static TileDecoder& For(unsigned variant) {
-        static std::array<std::unique_ptr<TileDecoder>, KernelVariants> decoders;
+        static std::vector<std::unique_ptr<TileDecoder>> decoders(KernelVariants());
         if (!decoders[variant])
             decoders[variant] = std::make_unique<TileDecoder>(variant);
         return *decoders[variant];
@@ -80,7 +81,7 @@ struct ModelledTile {
 class TileRun {
 public:
     explicit TileRun(FuzzInput& input)
-        : m_Decoder(TileDecoder::For(input.Below(KernelVariants))), m_bLuma(input.Coin()),
+        : m_Decoder(TileDecoder::For(input.Below(KernelVariants()))), m_bLuma(input.Coin()),
           m_Multipliers(Multipliers(input, m_bLuma)),
           m_iModelPredictor(static_cast<int>(input.DoubleWord())), m_uiChoices(input.Byte()),
           m_uiPiece(PieceOf(input.Byte())), m_uiSkippedBits(input.Below(8)), m_Bytes(input.Rest()),

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "fuzz/FuzzInput.h"
+#include "fuzz/Kernels.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -57,7 +58,7 @@ struct FuzzedLife {
     unsigned Version() const { return std::min(m_uiVersion % 5u, 2u); }
     unsigned Chroma() const { return m_uiChroma % 3u; }
     unsigned Threads() const { return m_uiThreads % 8u == 0 ? 0 : 1 + (m_uiThreads % 8u - 1) % 4; }
-    unsigned Kernel() const { return m_uiKernel % 3u; }
+    unsigned Kernel() const { return m_uiKernel % KernelVariants(); }
     Sink SinkKind() const { return static_cast<Sink>(m_uiSink % 3u); }
     bool HasPool() const { return Version() == 2 && Threads() > 0; }
 

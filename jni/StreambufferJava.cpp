@@ -22,12 +22,13 @@ void StreambufferJava::FillInternalBufferFromArray(unsigned long size, jbyteArra
     const auto globalArray = static_cast<jbyteArray>(m_pTransferArray->get());
 
     // The view copies the whole array, whose length the caller may have misstated.
-    const auto arrayLength = static_cast<size_t>(TransferView::lengthOf(globalArray));
+    const int64_t length = TransferView::lengthOf(globalArray);
+    const auto arrayLength = static_cast<size_t>(length);
     m_pInternalBuffer.reset();
     m_puiData = nullptr;
     m_pInternalBuffer = std::make_unique<unsigned char[]>(std::max<size_t>(size, arrayLength));
     m_puiData = m_pInternalBuffer.get();
-    m_pTransferView = std::make_shared<TransferView>(globalArray, m_puiData, false);
+    m_pTransferView = std::make_shared<TransferView>(globalArray, length, m_puiData, false);
 
     m_bEndOfStream = false;
 }

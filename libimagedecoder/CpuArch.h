@@ -24,6 +24,21 @@ struct InstrSetArchExt {
     static constexpr std::uint32_t Avx2 = 0x800;
 };
 
+/// Instruction sets as template arguments of the kernels that are written for them.
+namespace InstructionSet {
+
+struct Sse2 {
+    static constexpr const char* Name = "SSE2"; ///< in announcements
+    static constexpr std::uint16_t RegisterBytes = 16;
+};
+
+struct Avx2 {
+    static constexpr const char* Name = "AVX2";
+    static constexpr std::uint16_t RegisterBytes = 32;
+};
+
+} // namespace InstructionSet
+
 /// The two instructions that the detection asks, so that a test can play any processor.
 class ICpuProbe {
 public:

@@ -1,8 +1,8 @@
 #include "libimagedecoder/ImageDecoderLbe.h"
 
-#include "libimagedecoder/CpuArch.h"
 #include "libimagedecoder/ImageDecoderRenderer.h"
 #include "libimagedecoder/LbePlaneCursor.h"
+#include "libimagedecoder/LbePlaneKernelFactory.h"
 
 #include <cstring>
 #include <emmintrin.h>
@@ -167,7 +167,7 @@ ImageDecoderLbe::ImageDecoderLbe(ImageDecoderRenderer* renderer, IStreambuffer* 
                                  ILogger* logger, unsigned long threadCount,
                                  unsigned int protocolVersion, unsigned int chromaSubsampling)
     : ImageDecoderLbe(renderer, stream, logger, threadCount, protocolVersion, chromaSubsampling,
-                      ChooseLbePlaneKernel(CpuArch::GetInstrSetArchExtFlags(logger))) {}
+                      LbePlaneKernelFactory::CreateLbePlaneKernel(logger, true)) {}
 
 ImageDecoderLbe::ImageDecoderLbe(ImageDecoderRenderer* renderer, IStreambuffer* stream,
                                  ILogger* logger, unsigned long threadCount,

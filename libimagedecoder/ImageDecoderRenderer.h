@@ -17,7 +17,8 @@ class ILogger;
 /// them into the viewer's framebuffer, which is either one ARGB32 buffer or three separate planes.
 ///
 /// In all drawing operations strides count samples, planes start at the rectangle's corner and hold
-/// whole macroblocks, and the skip mask has one entry per 16x16 macroblock in row order, the last
+/// whole macroblocks (for plane framebuffers of the whole frame, those of the framebuffer's size),
+/// and the skip mask has one entry per 16x16 macroblock in row order, the last
 /// of a row included when the rectangle cuts it; a true entry leaves the macroblock's pixels alone.
 /// Nothing is ever written outside the framebuffer's width x height.
 ///
@@ -45,7 +46,8 @@ public:
     /// Framebuffer memory, not owned; null means that there is none. An ARGB framebuffer holds
     /// width x height words of 4 bytes and takes precedence over planes. A Y plane holds
     /// width x height bytes; a chroma plane (width / divX) x (height / divY), divisions rounded
-    /// down.
+    /// down. In 4:2:0 it gets a row for every second row of luma, but none for the last row of an
+    /// odd height.
     void SetFramebufferArgb(unsigned char* framebuffer);
     void SetFramebufferY(unsigned char* framebuffer) { m_pucFramebufferY = framebuffer; }
     void SetFramebufferCb(unsigned char* framebuffer) { m_pucFramebufferCb = framebuffer; }

@@ -34,6 +34,64 @@ void CopyUnskipped(const PlaneCopy& copy, const bool* skipMask, size_t maskStrid
     }
 }
 
+/// How a plane relates to pixels.
+struct PlaneScale {
+    size_t m_uiDivX;
+    size_t m_uiDivY;
+    size_t m_uiOffsetDivisor; ///< of the source's offset in pixels
+};
+
+/// The viewer's framebuffer in pixels.
+struct PlaneScreen {
+    size_t m_uiWidth;
+    size_t m_uiHeight;
+    bool m_bRectangleRelative;
+};
+
+/// Where the samples of a rectangle come from and go to, in one plane.
+struct PlanePlacement {
+    size_t m_uiSourceOffset;
+    size_t m_uiStride; ///< of the destination
+    size_t m_uiWidth;  ///< samples to copy in a row
+    size_t m_uiHeight;
+};
+
+/// A packed rectangle has rows of its own width, so only its framebuffer's size bounds it.
+PlanePlacement PlacePacked(const PlaneScreen& screen, const UpdateRectangle& rectangle,
+                           const PlaneScale& scale) {
+    const size_t stride = rectangle.m_uiWidth / scale.m_uiDivX;
+    const size_t room = (screen.m_uiWidth / scale.m_uiDivX) * (screen.m_uiHeight / scale.m_uiDivY);
+    return {0, stride, stride, room / std::max<size_t>(stride, 1)};
+}
+
+/// Viewers expect an odd placement in whole-frame mode: the rectangle's position moves the source,
+/// as if it had the framebuffer's width, while the destination starts at its first byte; and the
+/// chroma source moves by half of the luma offset in every subsampling.
+PlanePlacement PlaceInWholeFrame(const PlaneScreen& screen, const UpdateRectangle& rectangle,
+                                 const PlaneScale& scale) {
+    const size_t offset = rectangle.m_uiX + rectangle.m_uiY * screen.m_uiWidth;
+    const size_t width = screen.m_uiWidth / scale.m_uiDivX;
+    return {offset / scale.m_uiOffsetDivisor, width,
+            std::min(RoundedUpToMacroblocks(rectangle.m_uiWidth) / scale.m_uiDivX, width),
+            screen.m_uiHeight / scale.m_uiDivY};
+}
+
+/// Rows that end within the source. Those of a rectangle on the screen all do, since the decoder's
+/// planes hold the screen in whole macroblocks.
+size_t RowsWithinSource(const PlaneScreen& screen, const PlaneScale& scale,
+                        const PlanePlacement& placement, size_t sourceStride) {
+    const size_t columns = RoundedUpToMacroblocks(screen.m_uiWidth) / scale.m_uiDivX;
+    const size_t samples =
+        std::max(columns, sourceStride) * RoundedUpToMacroblocks(screen.m_uiHeight);
+    const size_t end = placement.m_uiSourceOffset + placement.m_uiWidth;
+    return end > samples ? 0 : (samples - end) / std::max<size_t>(sourceStride, 1) + 1;
+}
+
+/// A row of chroma for every m_uiDivY-th row of luma, the last of an odd number among them.
+size_t RowsOf(const UpdateRectangle& rectangle, const PlaneScale& scale) {
+    return (rectangle.m_uiHeight + scale.m_uiDivY - 1) / scale.m_uiDivY;
+}
+
 } // namespace
 
 void ImageDecoderRenderer::FinalizeYCbCr420(const Planes& planes) {
@@ -48,40 +106,29 @@ void ImageDecoderRenderer::FinalizeYCbCr444(const Planes& planes) {
     FinalizeYCbCr4xx<1, 1>(planes);
 }
 
-/// Viewers expect an odd placement in whole-frame mode: the rectangle's position moves the source,
-/// as if it had the framebuffer's width, while the destination starts at its first byte; and the
-/// chroma source moves by half of the luma offset in every subsampling. Whole macroblocks are
-/// copied. What would come from outside the framebuffer is cut off, which also keeps the reads
-/// inside the decoder's planes.
+/// Whole macroblocks are copied, cut at the destination's size wherever the rectangle lies.
 template <size_t ChromaDivX, size_t ChromaDivY>
 void ImageDecoderRenderer::FinalizeYCbCr4xx(const Planes& planes) {
     const UpdateRectangle& rectangle = planes.m_Rectangle;
-    const Placement placement = PlaceInFramebuffer(rectangle);
-    const size_t width =
-        std::min(RoundedUpToMacroblocks(rectangle.m_uiWidth), placement.m_uiVisibleWidth);
-    const size_t height = std::min<size_t>(rectangle.m_uiHeight, placement.m_uiVisibleHeight);
-    const size_t chromaStride = placement.m_uiStride / ChromaDivX;
-    // A packed rectangle has rows of its own width, so only its framebuffer's size bounds it.
-    const size_t chromaRoom =
-        (m_usFramebufferWidth / ChromaDivX) * (m_usFramebufferHeight / ChromaDivY);
-    const size_t visibleChromaHeight = m_bRectangleRelative
-                                           ? chromaRoom / std::max<size_t>(chromaStride, 1)
-                                           : placement.m_uiVisibleHeight / ChromaDivY;
-    const size_t chromaHeight =
-        std::min((rectangle.m_uiHeight + ChromaDivY - 1) / ChromaDivY, visibleChromaHeight);
-    const size_t maskStride = rectangle.MacroblockColumns();
-
-    CopyUnskipped({planes.m_pucY + placement.m_uiOffset, planes.m_uiLumaStride, m_pucFramebufferY,
-                   placement.m_uiStride, width, height, MacroblockEdge, MacroblockEdge},
-                  planes.m_pbSkipMask, maskStride);
-    const auto copyChroma = [&](const unsigned char* source, unsigned char* destination) {
-        CopyUnskipped({source + placement.m_uiOffset / 2, planes.m_uiChromaStride, destination,
-                       chromaStride, width / ChromaDivX, chromaHeight, MacroblockEdge / ChromaDivX,
-                       MacroblockEdge / ChromaDivY},
-                      planes.m_pbSkipMask, maskStride);
+    const PlaneScreen screen{m_usFramebufferWidth, m_usFramebufferHeight, m_bRectangleRelative};
+    const auto copy = [&](const PlaneScale& scale, const unsigned char* source, size_t stride,
+                          unsigned char* destination) {
+        const bool packed = screen.m_bRectangleRelative;
+        const PlanePlacement placement =
+            (packed ? PlacePacked : PlaceInWholeFrame)(screen, rectangle, scale);
+        size_t rows = std::min(RowsOf(rectangle, scale), placement.m_uiHeight);
+        if (!packed)
+            rows = std::min(rows, RowsWithinSource(screen, scale, placement, stride));
+        CopyUnskipped({source + placement.m_uiSourceOffset, stride, destination,
+                       placement.m_uiStride, placement.m_uiWidth, rows,
+                       MacroblockEdge / scale.m_uiDivX, MacroblockEdge / scale.m_uiDivY},
+                      planes.m_pbSkipMask, rectangle.MacroblockColumns());
     };
-    copyChroma(planes.m_pucCb, m_pucFramebufferCb);
-    copyChroma(planes.m_pucCr, m_pucFramebufferCr);
+    constexpr PlaneScale Luma{1, 1, 1};
+    constexpr PlaneScale Chroma{ChromaDivX, ChromaDivY, 2};
+    copy(Luma, planes.m_pucY, planes.m_uiLumaStride, m_pucFramebufferY);
+    copy(Chroma, planes.m_pucCb, planes.m_uiChromaStride, m_pucFramebufferCb);
+    copy(Chroma, planes.m_pucCr, planes.m_uiChromaStride, m_pucFramebufferCr);
 }
 
 } // namespace Vostrel::libimagedecoder

@@ -2,22 +2,40 @@
 
 #include "libimagedecoder/ILogger.h"
 
-#include <cstddef>
 #include <cstdint>
 #include <exception>
 #include <memory>
+#include <span>
 
 namespace Vostrel::libimagedecoder {
 
-/// One variant of a kernel family, as its factory offers it to CreateFirstWorkingKernel.
-template <typename Interface>
-struct KernelAttempt {
-    std::uint32_t neededFlag; ///< InstrSetArchExt bit; 0 for the portable variant.
-    const char* name;         ///< Class name in the failure messages.
-    std::shared_ptr<Interface> (*create)(ILogger*); ///< May throw anything.
+/// The arithmetic of a kernel. Portable and accelerated transforms differ for coefficients whose
+/// sums leave 16 bits, and colour conversions by a unit or two in a channel.
+enum class KernelArithmetic { Portable, Accelerated };
+
+/// A row of a kernel family's table. Kernel is what the family's users hold: a shared pointer to an
+/// interface, or a pointer to a function. Null means that there is none.
+template <typename Kernel>
+struct KernelVariant {
+    const char* m_pName;           ///< Lower case; the same in all families for the same flags.
+    const char* m_pReportedName;   ///< In the messages of failures.
+    std::uint32_t m_uiNeededFlags; ///< InstrSetArchExt bits; 0 for the portable variant.
+    KernelArithmetic m_Arithmetic;
+    Kernel (*m_pMake)(ILogger*); ///< May throw anything.
+
+    /// Whether a processor with these InstrSetArchExt bits may get this variant. Without accelerate
+    /// only portable arithmetic counts.
+    constexpr bool IsEligible(std::uint32_t processorFlags, bool accelerate) const {
+        return (processorFlags & m_uiNeededFlags) == m_uiNeededFlags &&
+               (accelerate || m_Arithmetic == KernelArithmetic::Portable);
+    }
 };
 
-/// The create function of an attempt: object and reference count in one allocation.
+/// All variants of a kernel family in the order of preference.
+template <typename Kernel>
+using KernelVariants = std::span<const KernelVariant<Kernel>>;
+
+/// Maker of a variant that is a class: object and reference count in one allocation.
 template <typename Interface, typename Variant>
 std::shared_ptr<Interface> MakeKernel(ILogger* logger) {
     return std::make_shared<Variant>(logger);
@@ -34,33 +52,30 @@ void LogQuietly(Write write) {
     }
 }
 
-/// Runs one attempt. A failure is logged and gives an empty pointer.
-template <typename Interface>
-std::shared_ptr<Interface> TryToCreateKernel(const KernelAttempt<Interface>& attempt,
-                                             ILogger* logger) {
+/// Makes one variant. A failure is logged and gives null.
+template <typename Kernel>
+Kernel TryToMakeKernel(const KernelVariant<Kernel>& variant, ILogger* logger) {
     try {
-        return attempt.create(logger);
+        return variant.m_pMake(logger);
     } catch (const std::exception& exception) {
-        LogQuietly(
-            [&] { logger->Log("Creating %s failed: '%s'!", attempt.name, exception.what()); });
+        LogQuietly([&] {
+            logger->Log("Creating %s failed: '%s'!", variant.m_pReportedName, exception.what());
+        });
     } catch (...) {
-        LogQuietly([&] { logger->Log("Creating %s failed!", attempt.name); });
+        LogQuietly([&] { logger->Log("Creating %s failed!", variant.m_pReportedName); });
     }
     return nullptr;
 }
 
-/// The selection rule of both kernel factories: the first variant, in the order of the list, whose
-/// processor feature is there and whose construction succeeds. Without accelerate only the variants
-/// that need no feature count. Returns an empty pointer if none could be created.
-template <typename Interface, std::size_t Count>
-std::shared_ptr<Interface>
-CreateFirstWorkingKernel(const KernelAttempt<Interface> (&attempts)[Count],
-                         std::uint32_t processorFlags, bool accelerate, ILogger* logger) {
-    const std::uint32_t usableFlags = accelerate ? processorFlags : 0;
-    for (const KernelAttempt<Interface>& attempt : attempts) {
-        if ((usableFlags & attempt.neededFlag) != attempt.neededFlag)
+/// The selection rule of all kernel families: the first eligible variant, in the order of the
+/// table, whose construction succeeds. Returns null if none could be created.
+template <typename Kernel>
+Kernel CreateFirstWorkingKernel(KernelVariants<Kernel> variants, std::uint32_t processorFlags,
+                                bool accelerate, ILogger* logger) {
+    for (const KernelVariant<Kernel>& variant : variants) {
+        if (!variant.IsEligible(processorFlags, accelerate))
             continue;
-        if (std::shared_ptr<Interface> kernel = TryToCreateKernel(attempt, logger))
+        if (Kernel kernel = TryToMakeKernel(variant, logger))
             return kernel;
     }
     return nullptr;

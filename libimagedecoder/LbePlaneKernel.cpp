@@ -1,7 +1,5 @@
 #include "libimagedecoder/LbePlaneKernel.h"
 
-#include "libimagedecoder/CpuArch.h"
-
 #include <cstring>
 
 namespace Vostrel::libimagedecoder {
@@ -16,11 +14,6 @@ void LbePlaneBytes::Assign(const uint16_t* samples, size_t count) {
         Low()[i] = static_cast<uint8_t>(samples[i]);
         High()[i] = static_cast<uint8_t>(samples[i] >> 8);
     }
-}
-
-LbePlaneKernel ChooseLbePlaneKernel(uint32_t processorFlags) {
-    return (processorFlags & InstrSetArchExt::Ssse3) != 0 ? DecodeLbePlaneSsse3
-                                                          : DecodeLbePlaneNative;
 }
 
 } // namespace Vostrel::libimagedecoder

@@ -52,9 +52,6 @@ size_t DecodeLbePlaneNative(const uint8_t* bytes, size_t position, const LbePlan
 size_t DecodeLbePlaneSsse3(const uint8_t* bytes, size_t position, const LbePlaneFormat& format,
                            LbePlaneBytes& plane);
 
-/// The fastest one for a processor with these InstrSetArchExt bits.
-LbePlaneKernel ChooseLbePlaneKernel(uint32_t processorFlags);
-
 /// Bytes that a kernel may touch from the one with the plane's first bit on. No code takes more
 /// bits a sample than a literal or, where literals are short, a count of the shortest run; the last
 /// code may be cut off by the plane's end. Behind it the bit register reads ahead.

@@ -119,7 +119,7 @@ public:
 
     /// The same for narrow literals, where the lengths of two codes come from one table: from that
     /// load to the next leads the chain on which all else waits. Gains 10 to 15 % over single codes
-    /// (LbePlaneBench).
+    /// (bench: DecodePlaneByKernel/ssse3).
     [[gnu::always_inline]] size_t DecodePairs() {
         for (;;) {
             m_Bits.Refill();

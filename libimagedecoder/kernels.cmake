@@ -7,7 +7,9 @@ target_sources(vostrel_imagedecoder PRIVATE
     InverseTransform/InverseIctSse2.cpp
     InverseTransform/InverseIctAvx2.cpp
     InverseTransform/InverseIctFactory.cpp
+    KernelLevels.cpp
     LbePlaneKernel.cpp
+    LbePlaneKernelFactory.cpp
     LbePlaneNative.cpp
     LbePlaneSsse3.cpp
     YCbCr4xxToArgb32/IYCbCr4xxToArgb32.cpp

@@ -4,11 +4,10 @@
 
 namespace Vostrel::libjni {
 
-JniReadOnlyArray<unsigned char, jbyteArray>::JniReadOnlyArray(jbyteArray array,
+JniReadOnlyArray<unsigned char, jbyteArray>::JniReadOnlyArray(jbyteArray array, int64_t length,
                                                               unsigned char* storage,
                                                               bool ownsStorage)
-    : m_iLength(lengthOf(array)), m_array(array), m_bOwnsStorage(ownsStorage),
-      m_puiStorage(storage) {
+    : m_iLength(length), m_array(array), m_bOwnsStorage(ownsStorage), m_puiStorage(storage) {
     if (storage)
         copyFirst(m_iLength);
 }

@@ -21,7 +21,12 @@ public:
     /// @param array   may be null, which counts as empty
     /// @param storage room for lengthOf(array) bytes, or null to copy nothing
     /// @param ownsStorage whether destruction frees the storage with array delete
-    JniReadOnlyArray(jbyteArray array, unsigned char* storage, bool ownsStorage);
+    JniReadOnlyArray(jbyteArray array, unsigned char* storage, bool ownsStorage)
+        : JniReadOnlyArray(array, lengthOf(array), storage, ownsStorage) {}
+
+    /// The same for an array whose length is known.
+    /// @param length what lengthOf(array) returned
+    JniReadOnlyArray(jbyteArray array, int64_t length, unsigned char* storage, bool ownsStorage);
     JniReadOnlyArray(const JniReadOnlyArray&) = delete;
     JniReadOnlyArray& operator=(const JniReadOnlyArray&) = delete;
     ~JniReadOnlyArray();

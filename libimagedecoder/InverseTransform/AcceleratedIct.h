@@ -12,13 +12,6 @@ namespace Vostrel::libimagedecoder::InverseTransform::InverseIct {
 // A 32-bit sum is at most 33 times a 16-bit value; only the packs back to 16 bits saturate.
 namespace {
 
-/// Frequencies in the order 0, 2, 4, 6, 1, 3, 5, 7 within each row put the partners of every
-/// multiply-add into one 32-bit lane.
-constexpr unsigned char EvenFirstPermutation[64] = {
-    0,  4,  1,  5,  2,  6,  3,  7,  8,  12, 9,  13, 10, 14, 11, 15, 16, 20, 17, 21, 18, 22,
-    19, 23, 24, 28, 25, 29, 26, 30, 27, 31, 32, 36, 33, 37, 34, 38, 35, 39, 40, 44, 41, 45,
-    42, 46, 43, 47, 48, 52, 49, 53, 50, 54, 51, 55, 56, 60, 57, 61, 58, 62, 59, 63};
-
 constexpr std::int32_t Pair(int low, int high) {
     return static_cast<std::int32_t>((static_cast<std::uint32_t>(high) << 16) |
                                      (static_cast<std::uint32_t>(low) & 0xFFFF));

@@ -1,7 +1,5 @@
-#include "libimagedecoder/InverseTransform/InverseIctAvx2.h"
-
-#include "libimagedecoder/ILogger.h"
 #include "libimagedecoder/InverseTransform/AcceleratedIct.h"
+#include "libimagedecoder/InverseTransform/InverseIctAccelerated.h"
 
 #include <immintrin.h>
 
@@ -95,12 +93,7 @@ void InverseTile(const __m256i (&coefficients)[4], unsigned char* destination,
 
 } // namespace
 
-InverseIctAvx2::InverseIctAvx2(ILogger* logger) : IInverseIct(logger) {
-    m_pLogger->Log("Inverse ICT is AVX2 accelerated");
-}
-
-InverseIctAvx2::~InverseIctAvx2() = default;
-
+template <>
 void InverseIctAvx2::TransformTile(short* coefficients, unsigned char* destination,
                                    unsigned long stride) {
     const __m256i rows[4] = {LoadTwoRows(coefficients, 0), LoadTwoRows(coefficients, 1),
@@ -112,22 +105,11 @@ void InverseIctAvx2::TransformTile(short* coefficients, unsigned char* destinati
     InverseTile<Frequencies::All>(rows, destination, stride);
 }
 
+template <>
 void InverseIctAvx2::TransformLowTile(short* coefficients, unsigned char* destination,
                                       unsigned long stride) {
     InverseTile<Frequencies::Low>({LoadTwoRows(coefficients, 0), LoadTwoRows(coefficients, 1)},
                                   destination, stride);
-}
-
-bool InverseIctAvx2::IsAccelerated() const {
-    return true;
-}
-
-const unsigned char* InverseIctAvx2::GetTileIndexPermutation() const {
-    return EvenFirstPermutation;
-}
-
-std::uint16_t InverseIctAvx2::GetDataAlignmentBytes() const {
-    return 32;
 }
 
 } // namespace Vostrel::libimagedecoder::InverseTransform::InverseIct

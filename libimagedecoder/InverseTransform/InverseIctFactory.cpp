@@ -1,10 +1,8 @@
 #include "libimagedecoder/InverseTransform/InverseIctFactory.h"
 
 #include "libimagedecoder/CpuArch.h"
-#include "libimagedecoder/InverseTransform/InverseIctAvx2.h"
+#include "libimagedecoder/InverseTransform/InverseIctAccelerated.h"
 #include "libimagedecoder/InverseTransform/InverseIctNative.h"
-#include "libimagedecoder/InverseTransform/InverseIctSse2.h"
-#include "libimagedecoder/KernelFactory.h"
 
 namespace Vostrel::libimagedecoder::InverseTransform::InverseIct {
 
@@ -12,17 +10,24 @@ namespace {
 
 // The portable variant reports its failure under the name of the colour conversion's; those who
 // search logs know the line like that.
-constexpr KernelAttempt<IInverseIct> Attempts[] = {
-    {InstrSetArchExt::Avx2, "InverseIctAvx2", MakeKernel<IInverseIct, InverseIctAvx2>},
-    {InstrSetArchExt::Sse2, "InverseIctSse2", MakeKernel<IInverseIct, InverseIctSse2>},
-    {0, "YCbCr4xxToArgb32Native", MakeKernel<IInverseIct, InverseIctNative>},
+constexpr KernelVariant<std::shared_ptr<IInverseIct>> Variants[] = {
+    {"avx2", "InverseIctAvx2", InstrSetArchExt::Avx2, KernelArithmetic::Accelerated,
+     MakeKernel<IInverseIct, InverseIctAvx2>},
+    {"sse2", "InverseIctSse2", InstrSetArchExt::Sse2, KernelArithmetic::Accelerated,
+     MakeKernel<IInverseIct, InverseIctSse2>},
+    {"portable", "YCbCr4xxToArgb32Native", 0, KernelArithmetic::Portable,
+     MakeKernel<IInverseIct, InverseIctNative>},
 };
 
 } // namespace
 
+KernelVariants<std::shared_ptr<IInverseIct>> InverseIctFactory::GetVariants() {
+    return Variants;
+}
+
 std::shared_ptr<IInverseIct> InverseIctFactory::CreateInverseIct(ILogger* logger, bool accelerate) {
-    return CreateFirstWorkingKernel(Attempts, CpuArch::GetInstrSetArchExtFlags(logger), accelerate,
-                                    logger);
+    return CreateFirstWorkingKernel(GetVariants(), CpuArch::GetInstrSetArchExtFlags(logger),
+                                    accelerate, logger);
 }
 
 } // namespace Vostrel::libimagedecoder::InverseTransform::InverseIct

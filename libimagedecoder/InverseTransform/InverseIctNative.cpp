@@ -71,8 +71,8 @@ void TransformRow(short* row) {
 }
 
 /// All columns, scaled: of the forms tried, both compilers turn this one into vector instructions
-/// (bench: TransformTile/PortableFull, a third of the time of one column after the other and a read
-/// of the clamp table for each sample).
+/// (bench: TransformTile/portable/Full, a third of the time of one column after the other and a
+/// read of the clamp table for each sample).
 void TransformColumns(const short* __restrict rows, unsigned char* __restrict samples) {
     short shifted[TileSamples];
     for (std::size_t column = 0; column < TileEdge; ++column) {

@@ -1,7 +1,5 @@
-#include "libimagedecoder/InverseTransform/InverseIctSse2.h"
-
-#include "libimagedecoder/ILogger.h"
 #include "libimagedecoder/InverseTransform/AcceleratedIct.h"
+#include "libimagedecoder/InverseTransform/InverseIctAccelerated.h"
 
 #include <emmintrin.h>
 
@@ -83,12 +81,7 @@ void InverseTile(const __m128i (&coefficients)[8], unsigned char* destination,
 
 } // namespace
 
-InverseIctSse2::InverseIctSse2(ILogger* logger) : IInverseIct(logger) {
-    m_pLogger->Log("Inverse ICT is SSE2 accelerated");
-}
-
-InverseIctSse2::~InverseIctSse2() = default;
-
+template <>
 void InverseIctSse2::TransformTile(short* coefficients, unsigned char* destination,
                                    unsigned long stride) {
     const __m128i rows[8] = {LoadRow(coefficients, 0), LoadRow(coefficients, 1),
@@ -102,23 +95,12 @@ void InverseIctSse2::TransformTile(short* coefficients, unsigned char* destinati
     InverseTile<Frequencies::All>(rows, destination, stride);
 }
 
+template <>
 void InverseIctSse2::TransformLowTile(short* coefficients, unsigned char* destination,
                                       unsigned long stride) {
     InverseTile<Frequencies::Low>({LoadRow(coefficients, 0), LoadRow(coefficients, 1),
                                    LoadRow(coefficients, 2), LoadRow(coefficients, 3)},
                                   destination, stride);
-}
-
-bool InverseIctSse2::IsAccelerated() const {
-    return true;
-}
-
-const unsigned char* InverseIctSse2::GetTileIndexPermutation() const {
-    return EvenFirstPermutation;
-}
-
-std::uint16_t InverseIctSse2::GetDataAlignmentBytes() const {
-    return 16;
 }
 
 } // namespace Vostrel::libimagedecoder::InverseTransform::InverseIct

@@ -169,9 +169,10 @@ inline void ConvertRest(const Run& run, std::size_t begin) {
                 run.luma[row * run.lumaStride + x], run.cb[x / ChromaDivX], run.cr[x / ChromaDivX]);
 }
 
-/// Converts a rectangle with each of the given register types in turn, the widest first.
+/// Converts a rectangle with each of the given register types in turn, the widest first. By value:
+/// the compiler must assume that stores of registers change what a reference refers to.
 template <std::size_t ChromaDivX, std::size_t ChromaDivY, typename... Lanes>
-inline void ConvertRectangle(const Rectangle& area) {
+inline void ConvertRectangle(Rectangle area) {
     WalkRuns<ChromaDivX, ChromaDivY>(area, [](const Run& run) {
         const SampleSource source{run};
         std::size_t x = 0;

@@ -30,9 +30,6 @@ public:
     /// Bytes: 8, 16 or 32. Planes aligned like this convert fastest.
     virtual std::uint16_t GetDataAlignmentBytes() const = 0;
 
-    /// Whether several threads may convert with one object at the same time.
-    virtual bool IsReentrant() const;
-
     /// Chroma halved in both directions. An odd last column or row stays unwritten.
     virtual void Convert420(std::uint32_t* destination, const std::uint8_t* luma,
                             const std::uint8_t* cb, const std::uint8_t* cr, unsigned short width,
@@ -53,6 +50,9 @@ public:
                             unsigned short height, unsigned long destinationStride,
                             unsigned long lumaStride, unsigned long chromaStride,
                             const bool* skipMask) const = 0;
+
+    /// Whether several threads may convert with one object at the same time.
+    virtual bool IsReentrant() const;
 
     /// Reduced-depth samples in the three subsamplings. Rectangle and mask are treated as above,
     /// and every pixel becomes colours.Word(luma level, chroma value) in all variants; these read

@@ -2,6 +2,7 @@
 
 #include "libimagedecoder/YCbCr4xxToArgb32/AcceleratedPixels.h"
 #include "libimagedecoder/YCbCr4xxToArgb32/QuantizedLevelPlanes.h"
+#include "libimagedecoder/YCbCr4xxToArgb32/YCbCr4xxToArgb32Accelerated.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -128,6 +129,13 @@ inline void ConvertQuantizedRectangle(const QuantizedRectangle& area,
     else
         ConvertLevels<false, ChromaDivX, ChromaDivY, Lanes...>(area, colours);
 }
+
+/// All conversions with the given register types, the widest first.
+template <typename... Lanes>
+constexpr AcceleratedConversions ConversionsWith = {
+    ConvertRectangle<2, 2, Lanes...>,          ConvertRectangle<2, 1, Lanes...>,
+    ConvertRectangle<1, 1, Lanes...>,          ConvertQuantizedRectangle<2, 2, Lanes...>,
+    ConvertQuantizedRectangle<2, 1, Lanes...>, ConvertQuantizedRectangle<1, 1, Lanes...>};
 
 } // namespace
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "libimagedecoder/YCbCr4xxToArgb32/Rectangle.h"
 #include "libimagedecoder/YCbCr4xxToArgb32/RectangleWalk.h"
 
 #include <cstddef>
@@ -22,41 +23,26 @@ struct Run {
     std::size_t lumaStride;
 };
 
-/// The rectangle of one conversion; see IYCbCr4xxToArgb32.
-struct Rectangle {
-    std::uint32_t* destination;
-    const std::uint8_t* luma;
-    const std::uint8_t* cb;
-    const std::uint8_t* cr;
-    std::size_t width;
-    std::size_t height;
-    std::size_t destinationStride;
-    std::size_t lumaStride;
-    std::size_t chromaStride;
-    const bool* skipMask;
-
-    template <std::size_t ChromaDivX, std::size_t ChromaDivY>
-    Run RunAt(const Stretch& stretch) const {
-        const auto [row, column, pixels] = stretch;
-        const std::size_t chroma = row / ChromaDivY * chromaStride + column / ChromaDivX;
-        return {destination + row * destinationStride + column,
-                luma + row * lumaStride + column,
-                cb + chroma,
-                cr + chroma,
-                column,
-                pixels,
-                destinationStride,
-                lumaStride};
-    }
-};
+template <std::size_t ChromaDivX, std::size_t ChromaDivY>
+Run RunAt(const Rectangle& area, const Stretch& stretch) {
+    const auto [row, column, pixels] = stretch;
+    const std::size_t chroma = row / ChromaDivY * area.chromaStride + column / ChromaDivX;
+    return {area.destination + row * area.destinationStride + column,
+            area.luma + row * area.lumaStride + column,
+            area.cb + chroma,
+            area.cr + chroma,
+            column,
+            pixels,
+            area.destinationStride,
+            area.lumaStride};
+}
 
 /// Calls convert(const Run&) for the unmasked stretches of a rectangle.
 template <std::size_t ChromaDivX, std::size_t ChromaDivY, typename Convert>
 void WalkRuns(const Rectangle& area, const Convert& convert) {
     WalkRectangle<ChromaDivX, ChromaDivY>(
-        area.width, area.height, area.skipMask, [&](const Stretch& stretch) {
-            convert(area.template RunAt<ChromaDivX, ChromaDivY>(stretch));
-        });
+        area.width, area.height, area.skipMask,
+        [&](const Stretch& stretch) { convert(RunAt<ChromaDivX, ChromaDivY>(area, stretch)); });
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "libimagedecoder/KernelFactory.h"
 #include "libimagedecoder/YCbCr4xxToArgb32/IYCbCr4xxToArgb32.h"
 
 #include <memory>
@@ -13,6 +14,9 @@ public:
     /// if even the portable variant failed. The kernel keeps the logger, which must outlive it.
     static std::shared_ptr<IYCbCr4xxToArgb32> CreateYCbCr4xxToArgb32(ILogger* logger,
                                                                      bool accelerate);
+
+    /// The family's table.
+    static KernelVariants<std::shared_ptr<IYCbCr4xxToArgb32>> GetVariants();
 };
 
 } // namespace Vostrel::libimagedecoder::YCbCr4xxToArgb32

@@ -51,8 +51,8 @@ std::int16_t Offset(int v) {
 
 // The loops below are plain ones over separate arrays of 16-bit numbers, of unknown length and
 // without calls: of the forms tried, this is what both compilers turn into vector instructions
-// (bench: Portable4xx; reading the tables for each chroma sample takes one and a half times to
-// twice as long).
+// (bench: ConvertScreen/portable; reading the tables for each chroma sample takes one and a half
+// times to twice as long).
 
 /// Chroma samples, and what each pair of them takes from luma in green.
 struct ChromaLines {

@@ -1,8 +1,8 @@
 """Holds the shared object's object files to the processors that it has to run on.
 
-An object named ...Avx2.cpp.o is entered only after the processor was asked. All others must hold no
-AVX instruction. And an Avx2 object must define no weak function: the linker keeps one of all equal
-weak definitions, which could put AVX into the path of every processor.
+An object named for a generation of AVX, ...Avx2.cpp.o, is entered only after the processor was
+asked. All others must hold no AVX instruction. And an AVX object must define no weak function: the
+linker keeps one of all equal weak definitions, which could put AVX into the path of every processor.
 
 Usage: instruction_sets.py --objdump PROGRAM --nm PROGRAM OBJECT...
 """
@@ -16,6 +16,7 @@ import sys
 OVERRIDES = {"26", "2e", "36", "3e", "64", "65", "67"}
 # In 64-bit code these bytes start nothing but instructions of AVX and its kin.
 VECTOR_PREFIXES = {"c4", "c5", "62"}
+AVX_OBJECT = re.compile(r"Avx\d+\.cpp\.o$")
 INSTRUCTION = re.compile(r"^\s*[0-9a-f]+:\t((?:[0-9a-f]{2} )+)\s*\t(.*)$")
 
 
@@ -44,7 +45,7 @@ def weak_functions(nm, path):
 
 def objections_to(path, objdump, nm):
     avx = [text for encoding, text in instructions(objdump, path) if is_avx(encoding)]
-    if not path.endswith("Avx2.cpp.o"):
+    if not AVX_OBJECT.search(path):
         return [f"AVX instruction: {text}" for text in avx]
     weak = [f"weak function: {name}" for name in weak_functions(nm, path)]
     return weak if avx else weak + ["no AVX instruction found"]
@@ -56,9 +57,9 @@ def main():
     parser.add_argument("--nm", required=True)
     parser.add_argument("objects", nargs="+")
     arguments = parser.parse_args()
-    failed = not any(path.endswith("Avx2.cpp.o") for path in arguments.objects)
+    failed = not any(AVX_OBJECT.search(path) for path in arguments.objects)
     if failed:
-        print("no Avx2 object among the arguments")
+        print("no AVX object among the arguments")
     for path in arguments.objects:
         for text in objections_to(path, arguments.objdump, arguments.nm):
             print(f"{path}: {text}")

@@ -138,24 +138,24 @@ def HasABuildId(file, debug):
         yield f"build-id is {file.build_id()}"
 
 
-def KeepsAvxInAvx2Code(file, debug):
-    return strays(file, debug, is_avx, ["Avx2"])
+def KeepsAvxInItsVariants(file, debug):
+    return strays(file, debug, is_avx, r"Avx\d+")
 
 
 def KeepsWhatIsNewerThanSse2InItsVariants(file, debug):
-    return strays(file, debug, is_newer_than_sse2, ["Avx2", "Ssse3"])
+    return strays(file, debug, is_newer_than_sse2, r"(Avx|Ssse)\d+")
 
 
-def strays(file, debug, is_special, variants):
+def strays(file, debug, is_special, variant):
     """Objects to special instructions outside the functions that are named, or whose source is
-    named, for a variant. Only there was the processor asked."""
+    named, for a variant: a regular expression. Only there was the processor asked."""
     functions = debug.functions()
     special = {functions.at(i.address) for i in file.instructions() if is_special(i.encoding)}
     if not special:
         yield "no such instruction found"
     for function in sorted(special):
-        if not any(variant in function.name or function.source.endswith(f"{variant}.cpp")
-                   for variant in variants):
+        if not (re.search(variant, function.name) or
+                re.search(variant + r"\.cpp$", function.source)):
             yield f"{function.name}, {function.source}"
 
 
@@ -193,7 +193,7 @@ PROPERTIES = {function.__name__: function for function in (
     ChecksBufferSizes,
     ProbesEveryPageOfAFrame,
     HasABuildId,
-    KeepsAvxInAvx2Code,
+    KeepsAvxInItsVariants,
     KeepsWhatIsNewerThanSse2InItsVariants,
     LeavesItsDebugSymbolsBeside,
 )}

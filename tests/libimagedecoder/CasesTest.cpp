@@ -1,12 +1,8 @@
-#include "libimagedecoder/CpuArch.h"
 #include "libimagedecoder/ImageDecoderException.h"
 #include "libimagedecoder/ImageDecoderIct.h"
 #include "libimagedecoder/ImageDecoderLbe.h"
 #include "libimagedecoder/ImageDecoderRenderer.h"
-#include "libimagedecoder/InverseTransform/InverseIctFactory.h"
-#include "libimagedecoder/InverseTransform/InverseIctSse2.h"
-#include "libimagedecoder/YCbCr4xxToArgb32/YCbCr4xxToArgb32Factory.h"
-#include "libimagedecoder/YCbCr4xxToArgb32/YCbCr4xxToArgb32Sse2.h"
+#include "libimagedecoder/KernelLevels.h"
 #include "tests/model/CaseFile.h"
 #include "tests/support/DefinedMemory.h"
 #include "tests/support/GuardedBuffer.h"
@@ -23,37 +19,10 @@ namespace Vostrel::libimagedecoder {
 
 namespace {
 
-using InverseTransform::InverseIct::IInverseIct;
-using InverseTransform::InverseIct::InverseIctFactory;
-using InverseTransform::InverseIct::InverseIctSse2;
 using model::CaseLife;
 using model::CaseUpdate;
 using tests::GuardedBuffer;
 using tests::PiecewiseStreambuffer;
-using YCbCr4xxToArgb32::IYCbCr4xxToArgb32;
-using YCbCr4xxToArgb32::YCbCr4xxToArgb32Factory;
-using YCbCr4xxToArgb32::YCbCr4xxToArgb32Sse2;
-
-/// Which variants of the kernels a life runs with.
-enum class Kernels { Portable, Sse2, Fastest };
-
-std::shared_ptr<IInverseIct> MakeTransform(ILogger* logger, Kernels kernels) {
-    if (kernels == Kernels::Sse2)
-        return std::make_shared<InverseIctSse2>(logger);
-    return InverseIctFactory::CreateInverseIct(logger, kernels == Kernels::Fastest);
-}
-
-std::shared_ptr<IYCbCr4xxToArgb32> MakeConverter(ILogger* logger, Kernels kernels) {
-    if (kernels == Kernels::Sse2)
-        return std::make_shared<YCbCr4xxToArgb32Sse2>(logger);
-    return YCbCr4xxToArgb32Factory::CreateYCbCr4xxToArgb32(logger, kernels == Kernels::Fastest);
-}
-
-LbePlaneKernel ChoosePlaneKernel(Kernels kernels) {
-    const bool fastest = kernels == Kernels::Fastest;
-    return ChooseLbePlaneKernel(fastest ? CpuArch::GetInstrSetArchExtFlags(nullptr) : 0);
-}
-
 /// The memory of a viewer: one ARGB framebuffer, or a Y, a Cb and a Cr framebuffer.
 class Framebuffer {
 public:
@@ -104,9 +73,10 @@ private:
 /// The library's objects through one decoder life.
 class Player {
 public:
-    Player(const CaseLife& life, Kernels kernels)
-        : m_Life(life), m_Kernels(kernels), m_Renderer(MakeConverter(&m_Logger, kernels)),
-          m_Framebuffer(life), m_pDecoder(MakeDecoder()) {
+    Player(const CaseLife& life, const KernelLevel& kernels)
+        : m_Life(life), m_Kernels(kernels),
+          m_Renderer(CreateYCbCr4xxToArgb32Of(kernels, &m_Logger)), m_Framebuffer(life),
+          m_pDecoder(MakeDecoder()) {
         m_Renderer.SetContrastEnhance(life.contrast);
         m_Renderer.SetClientPostprocessingEnabled(life.postproc);
     }
@@ -128,10 +98,10 @@ private:
         if (m_Life.codec == 1)
             return std::make_unique<ImageDecoderLbe>(&m_Renderer, &m_Stream, &m_Logger,
                                                      m_Life.threads, m_Life.version, m_Life.chroma,
-                                                     ChoosePlaneKernel(m_Kernels));
+                                                     CreateLbePlaneKernelOf(m_Kernels, &m_Logger));
         return std::make_unique<ImageDecoderIct>(&m_Renderer, &m_Stream, &m_Logger, m_Life.threads,
                                                  m_Life.version, m_Life.chroma,
-                                                 MakeTransform(&m_Logger, m_Kernels));
+                                                 CreateInverseIctOf(m_Kernels, &m_Logger));
     }
 
     void Play(const CaseUpdate& update, size_t pieceBytes) {
@@ -150,13 +120,14 @@ private:
         EXPECT_EQ(error, update.error);
         EXPECT_EQ(result, update.result);
         EXPECT_TRUE(m_Framebuffer.IsDefined());
-        EXPECT_EQ(m_Framebuffer.Crc(),
-                  m_Kernels == Kernels::Portable ? update.crcPortable : update.crcAccelerated);
+        EXPECT_EQ(m_Framebuffer.Crc(), m_Kernels.m_Arithmetic == KernelArithmetic::Portable
+                                           ? update.crcPortable
+                                           : update.crcAccelerated);
         EXPECT_TRUE(m_Framebuffer.GuardsIntact());
     }
 
     const CaseLife& m_Life;
-    Kernels m_Kernels;
+    KernelLevel m_Kernels;
     tests::RecordingLogger m_Logger;
     PiecewiseStreambuffer m_Stream{&m_Logger};
     ImageDecoderRenderer m_Renderer;
@@ -167,7 +138,8 @@ private:
 /// Every case file holds for the library: result, error, consumed bytes and framebuffer.
 class Cases : public testing::TestWithParam<std::filesystem::path> {
 protected:
-    static void PlayInAllPieces(Kernels kernels) {
+    static void PlayInAllPieces(const KernelLevel& kernels) {
+        SCOPED_TRACE(kernels.m_pName);
         const CaseLife life = model::ReadCaseFile(GetParam());
         for (const std::optional<size_t> pieceBytes :
              {std::optional<size_t>(), std::optional<size_t>(13), std::optional<size_t>(4096),
@@ -179,15 +151,17 @@ protected:
 };
 
 TEST_P(Cases, HoldForThePortableKernels) {
-    PlayInAllPieces(Kernels::Portable);
-}
-
-TEST_P(Cases, HoldForTheSse2Kernels) {
-    PlayInAllPieces(Kernels::Sse2);
+    PlayInAllPieces(ListKernelLevels().front());
 }
 
 TEST_P(Cases, HoldForTheFastestKernels) {
-    PlayInAllPieces(Kernels::Fastest);
+    PlayInAllPieces(ListKernelLevelsOfThisProcessor().back());
+}
+
+TEST_P(Cases, HoldForAllOtherKernels) {
+    const std::vector<KernelLevel> levels = ListKernelLevelsOfThisProcessor();
+    for (size_t i = 1; i + 1 < levels.size(); ++i)
+        PlayInAllPieces(levels[i]);
 }
 
 INSTANTIATE_TEST_SUITE_P(, Cases, testing::ValuesIn(model::ListCaseFiles()),

@@ -106,8 +106,16 @@ TEST_F(Contrast, LevelsOutsideZeroToOneHundredChangeNothing) {
 
 TEST_F(Contrast, SettingTheSameLevelTwiceKeepsTheTables) {
     m_Renderer.SetContrastEnhance(73);
-    m_Renderer.SetContrastEnhance(73);
     ExpectTablesOfLevel(73);
+    // A mark that building the tables again would overwrite.
+    for (const int depth : Depths)
+        *const_cast<unsigned char*>(m_Renderer.GetContrastLut(static_cast<unsigned char>(depth))) =
+            77;
+    m_Renderer.SetContrastEnhance(73);
+    for (const int depth : Depths)
+        EXPECT_EQ(TableOf(depth)[0], 77) << depth;
+    m_Renderer.SetContrastEnhance(72);
+    ExpectTablesOfLevel(72);
 }
 
 TEST_F(Contrast, OtherDepthsHaveNoTable) {

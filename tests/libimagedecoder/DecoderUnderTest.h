@@ -1,11 +1,11 @@
 #pragma once
 
-#include "libimagedecoder/CpuArch.h"
 #include "libimagedecoder/ImageDecoderException.h"
 #include "libimagedecoder/ImageDecoderIct.h"
 #include "libimagedecoder/ImageDecoderLbe.h"
 #include "libimagedecoder/ImageDecoderRenderer.h"
 #include "libimagedecoder/InverseTransform/InverseIctFactory.h"
+#include "libimagedecoder/LbePlaneKernelFactory.h"
 #include "libimagedecoder/YCbCr4xxToArgb32/YCbCr4xxToArgb32Factory.h"
 #include "tests/model/ModelDecoder.h"
 #include "tests/support/DefinedMemory.h"
@@ -105,16 +105,12 @@ public:
 private:
     bool IsAccelerated() const { return m_Settings.rule == model::KernelRule::Accelerated; }
 
-    LbePlaneKernel PlaneKernel() const {
-        return ChooseLbePlaneKernel(IsAccelerated() ? CpuArch::GetInstrSetArchExtFlags(nullptr)
-                                                    : 0);
-    }
-
     /// Odd numbers of workers draw even the smallest updates.
     std::unique_ptr<IImageDecoder> MakeDecoder() {
         std::unique_ptr<MacroblockDecoder> decoder;
         if (m_Settings.codec == model::ModelCodec::Lbe)
-            decoder = MakeDecoderOf<ImageDecoderLbe>(PlaneKernel());
+            decoder = MakeDecoderOf<ImageDecoderLbe>(
+                LbePlaneKernelFactory::CreateLbePlaneKernel(&m_Logger, IsAccelerated()));
         else
             decoder = MakeDecoderOf<ImageDecoderIct>(
                 InverseTransform::InverseIct::InverseIctFactory::CreateInverseIct(&m_Logger,

@@ -1,7 +1,7 @@
 #include "libimagedecoder/ImageDecoderIct.h"
 #include "libimagedecoder/ImageDecoderRenderer.h"
 #include "libimagedecoder/InverseTransform/InverseIctFactory.h"
-#include "libimagedecoder/InverseTransform/InverseIctSse2.h"
+#include "tests/libimagedecoder/KernelTables.h"
 #include "tests/model/ModelTables.h"
 #include "tests/support/PiecewiseStreambuffer.h"
 #include "tests/support/RecordingLogger.h"
@@ -17,10 +17,7 @@ namespace {
 
 using InverseTransform::InverseIct::IInverseIct;
 using InverseTransform::InverseIct::InverseIctFactory;
-using InverseTransform::InverseIct::InverseIctSse2;
 using Table = std::vector<ImageDecoderIct::huff_entry_t>;
-
-enum class Transform { Portable, Sse2, Fastest };
 
 /// A transform that transforms nothing and counts how often its norms are asked for.
 class CountingTransform : public IInverseIct {
@@ -41,12 +38,7 @@ public:
 
 class IctTables : public testing::Test {
 protected:
-    void Create(Transform transform) {
-        if (transform == Transform::Sse2)
-            Create(std::make_shared<InverseIctSse2>(&m_Logger));
-        else
-            Create(InverseIctFactory::CreateInverseIct(&m_Logger, transform == Transform::Fastest));
-    }
+    void CreatePortable() { Create(InverseIctFactory::CreateInverseIct(&m_Logger, false)); }
 
     void Create(std::shared_ptr<IInverseIct> transform) {
         m_pDecoder = std::make_unique<ImageDecoderIct>(&m_Renderer, &m_Stream, &m_Logger, 0, 1, 0,
@@ -99,7 +91,7 @@ void ExpectDecodesLike(const Table& table, const model::HuffmanTable& codes) {
 }
 
 TEST_F(IctTables, EveryIndexDecodesToTheCodeThatItStartsWith) {
-    Create(Transform::Portable);
+    CreatePortable();
     ExpectDecodesLike(m_pDecoder->GetDcTable(ComponentY), model::DcLuminance());
     ExpectDecodesLike(m_pDecoder->GetAcTable(ComponentY), model::AcLuminance());
     ExpectDecodesLike(m_pDecoder->GetDcTable(ComponentCb), model::DcChrominance());
@@ -107,12 +99,12 @@ TEST_F(IctTables, EveryIndexDecodesToTheCodeThatItStartsWith) {
 }
 
 TEST_F(IctTables, TheAbortMarkerDecodesToSizeTwelveWithSixBitsLeft) {
-    Create(Transform::Portable);
+    CreatePortable();
     ExpectPrefix(m_pDecoder->GetDcTable(ComponentY), "1111111110", 12, 0);
 }
 
 TEST_F(IctTables, AllOnesDecodeAsTheLastCode) {
-    Create(Transform::Portable);
+    CreatePortable();
     const std::string ones(16, '1');
     ExpectEntry(m_pDecoder->GetDcTable(ComponentY), ones, 12, 0, 6);
     ExpectEntry(m_pDecoder->GetAcTable(ComponentY), ones, 10, 15, 0);
@@ -121,13 +113,13 @@ TEST_F(IctTables, AllOnesDecodeAsTheLastCode) {
 }
 
 TEST_F(IctTables, EndOfBlockAndZeroRunDecodeInTheLuminanceTable) {
-    Create(Transform::Portable);
+    CreatePortable();
     ExpectPrefix(m_pDecoder->GetAcTable(ComponentY), "1010", 0, 0);
     ExpectPrefix(m_pDecoder->GetAcTable(ComponentY), "11111111001", 0, 15);
 }
 
 TEST_F(IctTables, BothChromaComponentsShareTheirTables) {
-    Create(Transform::Portable);
+    CreatePortable();
     EXPECT_EQ(&m_pDecoder->GetDcTable(ComponentCb), &m_pDecoder->GetDcTable(ComponentCr));
     EXPECT_EQ(&m_pDecoder->GetAcTable(ComponentCb), &m_pDecoder->GetAcTable(ComponentCr));
     EXPECT_NE(&m_pDecoder->GetDcTable(ComponentCb), &m_pDecoder->GetDcTable(ComponentY));
@@ -160,15 +152,17 @@ TEST(CreateHuffDecodeTable, ASymbolWithSizeFifteenAndRunFifteenIsAFilledEntry) {
 }
 
 TEST_F(IctTables, ThePortableReorderTableIsTheZigZag) {
-    Create(Transform::Portable);
+    CreatePortable();
     for (size_t k = 0; k < 64; ++k)
         EXPECT_EQ(m_pDecoder->GetReorderTable()[k], model::ZigZag()[k]);
 }
 
 TEST_F(IctTables, TheAcceleratedReorderTableMovesEvenColumnsFirst) {
     constexpr int Column[8] = {0, 4, 1, 5, 2, 6, 3, 7};
-    for (const Transform transform : {Transform::Sse2, Transform::Fastest}) {
-        Create(transform);
+    for (const auto& variant : RunnableVariants(InverseIctFactory::GetVariants())) {
+        if (IsPortable(variant))
+            continue;
+        Create(variant.m_pMake(&m_Logger));
         for (size_t k = 0; k < 64; ++k) {
             const int position = model::ZigZag()[k];
             EXPECT_EQ(m_pDecoder->GetReorderTable()[k], position / 8 * 8 + Column[position % 8]);
@@ -198,8 +192,8 @@ TEST(DequantisationValue, IsRoundedToTheNearest) {
 }
 
 TEST_F(IctTables, DequantisationTablesOfEveryLevelAreThoseOfTheModel) {
-    for (const Transform transform : {Transform::Portable, Transform::Sse2}) {
-        Create(transform);
+    for (const auto& variant : RunnableVariants(InverseIctFactory::GetVariants())) {
+        Create(variant.m_pMake(&m_Logger));
         for (unsigned level = 0; level < 16; ++level) {
             Update(level);
             const model::TileTable luma = model::LumaDequantisation(static_cast<int>(level));
@@ -234,7 +228,7 @@ TEST_F(IctTables, OnlyAChangeOfTheLevelRebuildsTheDequantisationTables) {
 }
 
 TEST_F(IctTables, BothTablesFollowAChangeOfTheLevel) {
-    Create(Transform::Portable);
+    CreatePortable();
     Update(3);
     const auto luma = m_pDecoder->GetDequantTable(ComponentY);
     const auto chroma = m_pDecoder->GetDequantTable(ComponentCb);
@@ -247,7 +241,7 @@ TEST_F(IctTables, BothTablesFollowAChangeOfTheLevel) {
 }
 
 TEST_F(IctTables, Quality0x25UsesLevelFive) {
-    Create(Transform::Portable);
+    CreatePortable();
     Update(0x25);
     EXPECT_EQ(m_pDecoder->GetDequantTable(ComponentY)[0], model::LumaDequantisation(5)[0]);
     EXPECT_EQ(m_pDecoder->GetDequantTable(ComponentCb)[63], model::ChromaDequantisation(5)[63]);

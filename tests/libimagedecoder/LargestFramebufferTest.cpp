@@ -96,7 +96,8 @@ TEST_P(LargestFramebuffer, APackedRectangleIsDrawnAtItsStart) {
 }
 
 TEST_P(LargestFramebuffer, PlanesAreReadAtTheCornersOffset) {
-    const size_t chromaColumns = GetParam() == 2 ? VisibleColumns : VisibleColumns / 2;
+    constexpr size_t Columns = 16; // The destination starts at its first byte, so all are visible.
+    const size_t chromaColumns = GetParam() == 2 ? Columns : Columns / 2;
     const size_t chromaRows = GetParam() == 0 ? 8 : 16;
     const size_t chromaStride = GetParam() == 2 ? Largest : Largest / 2;
     SparseMemory source(CornerOffset + 4096);
@@ -110,7 +111,7 @@ TEST_P(LargestFramebuffer, PlanesAreReadAtTheCornersOffset) {
     fill(source.Open(CornerOffset, 256), 1);
     fill(source.Open(CornerOffset / 2, 256), 7);
     for (size_t row = 0; row < 16; ++row) {
-        luma.Open(row * Largest, VisibleColumns);
+        luma.Open(row * Largest, Columns);
         chroma.Open(row * chromaStride, chromaColumns);
     }
     m_Renderer.SetFramebufferSize(Largest, Largest, false);
@@ -119,7 +120,7 @@ TEST_P(LargestFramebuffer, PlanesAreReadAtTheCornersOffset) {
     m_Renderer.SetFramebufferCr(chroma.Data());
     DrawPlanes(source.Data(), source.Data(), source.Data(), 16, 8);
     for (size_t row = 0; row < 16; ++row) {
-        for (size_t column = 0; column < VisibleColumns; ++column)
+        for (size_t column = 0; column < Columns; ++column)
             ASSERT_EQ(luma.Data()[row * Largest + column],
                       static_cast<uint8_t>(1 + 16 * row + column));
     }

@@ -1,7 +1,8 @@
 #include "libimagedecoder/LbePlaneCursor.h"
-#include "libimagedecoder/CpuArch.h"
 #include "libimagedecoder/ImageDecoderException.h"
+#include "libimagedecoder/LbePlaneKernelFactory.h"
 #include "tests/libimagedecoder/CursorRoad.h"
+#include "tests/libimagedecoder/KernelTables.h"
 #include "tests/support/TestBits.h"
 
 #include <algorithm>
@@ -42,26 +43,13 @@ struct Road : CursorRoad {
     }
 };
 
-struct NamedKernel {
-    const char* name;
-    LbePlaneKernel kernel;
-};
+using Variant = KernelVariant<LbePlaneKernel>;
 
-void PrintTo(const NamedKernel& kernel, std::ostream* out) {
-    *out << kernel.name;
-}
-
-std::vector<NamedKernel> KernelsOfThisProcessor() {
-    std::vector<NamedKernel> kernels = {{"Native", DecodeLbePlaneNative}};
-    const uint32_t flags = CpuArch::GetInstrSetArchExtFlags(nullptr);
-    if ((flags & InstrSetArchExt::Ssse3) != 0)
-        kernels.push_back({"Ssse3", DecodeLbePlaneSsse3});
-    return kernels;
-}
-
-class LbePlaneCursorWith : public testing::TestWithParam<NamedKernel> {
+class LbePlaneCursorWith : public testing::TestWithParam<Variant> {
 protected:
-    LbePlaneCursor CursorOver(Road& road) const { return {road.m_Reader, GetParam().kernel}; }
+    static LbePlaneKernel Kernel() { return GetParam().m_pMake(nullptr); }
+
+    LbePlaneCursor CursorOver(Road& road) const { return {road.m_Reader, Kernel()}; }
 
     /// Decodes by the cursor, and plainly what it declines. What lies in the memory for the samples
     /// beforehand is not zero.
@@ -290,24 +278,15 @@ TEST_P(LbePlaneCursorWith, APlaneTouchesNoMoreThanItsRoom) {
             std::vector<uint8_t> bytes = tests::BytesOf("1111111" + start + "1 11 1110 11111111");
             bytes.resize(LbePlaneRoom(format));
             LbePlaneBytes plane;
-            const size_t position = GetParam().kernel(bytes.data(), 7, format, plane);
+            const size_t position = Kernel()(bytes.data(), 7, format, plane);
             EXPECT_EQ(position, 7 + tests::CountBits(start) + 15);
         }
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(, LbePlaneCursorWith, testing::ValuesIn(KernelsOfThisProcessor()),
-                         [](const testing::TestParamInfo<NamedKernel>& kernel) {
-                             return std::string(kernel.param.name);
-                         });
-
-TEST(LbePlaneKernel, ProcessorsWithByteShufflesGetTheKernelThatUsesThem) {
-    EXPECT_EQ(ChooseLbePlaneKernel(InstrSetArchExt::Sse2 | InstrSetArchExt::Ssse3),
-              DecodeLbePlaneSsse3);
-    EXPECT_EQ(ChooseLbePlaneKernel(InstrSetArchExt::Sse2 | InstrSetArchExt::Sse3),
-              DecodeLbePlaneNative);
-    EXPECT_EQ(ChooseLbePlaneKernel(0), DecodeLbePlaneNative);
-}
+INSTANTIATE_TEST_SUITE_P(, LbePlaneCursorWith,
+                         testing::ValuesIn(RunnableVariants(LbePlaneKernelFactory::GetVariants())),
+                         VariantTestName);
 
 } // namespace
 

@@ -159,9 +159,8 @@ protected:
         ExpectArgb(expected, source.area);
     }
 
-    /// One plane framebuffer after drawing: whole macroblocks, written from its first sample. In
-    /// whole-frame mode the rectangle's position moves the source, and what lies outside the screen
-    /// at that position is cut.
+    /// One plane framebuffer after drawing: whole macroblocks, written from its first sample and
+    /// cut at its size. In whole-frame mode the rectangle's position moves the source.
     std::vector<uint8_t> ExpectedPlane(const Source& source, const std::vector<uint8_t>& plane,
                                        bool luma) const {
         const int divX = luma ? 1 : Chroma().divX;
@@ -169,18 +168,19 @@ protected:
         const size_t memory = Size(m_iWidth / divX) * Size(m_iHeight / divY);
         const int targetWidth = m_bRelative ? source.area.width / divX : m_iWidth / divX;
         const size_t sourceStride = luma ? source.lumaStride : source.chromaStride;
-        int columns = targetWidth;
-        int rows = source.area.height;
         size_t offset = 0;
-        if (!m_bRelative) {
-            columns = std::max(m_iWidth - source.area.x, 0) / divX;
-            rows = std::max(m_iHeight - source.area.y, 0) / divY;
-            offset = Size(source.area.x + source.area.y * m_iWidth) / (luma ? 1 : 2);
-        }
+        if (!m_bRelative)
+            offset = (Size(source.area.x) + Size(source.area.y) * Size(m_iWidth)) / (luma ? 1 : 2);
         std::vector<uint8_t> samples(memory, UntouchedSample);
-        rows = std::min(rows, (source.area.height + divY - 1) / divY);
-        columns = std::min(columns, model::RoundUpToBlock(source.area.width) / divX);
+        const int rows = (source.area.height + divY - 1) / divY;
+        const int columns = std::min(targetWidth, model::RoundUpToBlock(source.area.width) / divX);
+        // The decoder's planes hold the screen in whole macroblocks.
+        const size_t readable =
+            std::max(Size(model::RoundUpToBlock(m_iWidth) / divX), sourceStride) *
+            Size(model::RoundUpToBlock(m_iHeight));
         for (int row = 0; row < rows; ++row) {
+            if (!m_bRelative && offset + Size(row) * sourceStride + Size(columns) > readable)
+                break;
             for (int column = 0; column < columns; ++column) {
                 const size_t index = Size(row * targetWidth + column);
                 if (index < memory && !source.Skips(column * divX, row * divY))

@@ -1,8 +1,11 @@
 # Tests of the kernels and their choice, for the library's test program.
 set(KERNEL_TEST_SOURCES
     CpuArchTest.cpp
+    DetectionTest.cpp
     KernelFactoryTest.cpp
+    KernelLevelsTest.cpp
     MaskRunsTest.cpp
+    VirtualSlotsTest.cpp
     InverseTransform/InverseIctTest.cpp
     YCbCr4xxToArgb32/ModelConversionTest.cpp
     YCbCr4xxToArgb32/QuantizedConversionTest.cpp

@@ -10,6 +10,7 @@ set(UPDATE_TEST_SOURCES
 set(UNIT_TEST_SOURCES
     BitStreamReaderTest.cpp
     ContrastTest.cpp
+    DecoderCreationTest.cpp
     ILoggerTest.cpp
     IctCodingTablesTest.cpp
     IctFastTablesTest.cpp

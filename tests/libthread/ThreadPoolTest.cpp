@@ -150,6 +150,24 @@ TEST(ThreadPool, AddJobAfterJoinAllLeavesTheJobWithTheCaller) {
     EXPECT_EQ(runs, 0);
 }
 
+TEST(ThreadPool, AddJobWhileJoinAllStopsTheWorkersTakesTheJob) {
+    tests::SystemCalls calls;
+    int runs = 0;
+    Job job = [&runs](unsigned int) { ++runs; };
+    {
+        ThreadPool pool(1);
+        Gate gate(pool);
+        // The pool stops before it joins: no worker takes jobs any more, but it is not joined.
+        calls.m_onJoin = [&] {
+            pool.addJob(job);
+            gate.open();
+        };
+        pool.joinAll(false);
+        EXPECT_FALSE(job) << "the pool owns the job";
+    }
+    EXPECT_EQ(runs, 0);
+}
+
 TEST(ThreadPool, JoinAllWithWaitRunsEveryQueuedJob) {
     int runs = 0;
     ThreadPool pool(1);

@@ -67,6 +67,15 @@ TEST(Thread, SecondJoinReturnsZeroWithoutJoining) {
     EXPECT_EQ(calls.m_joins, 1U);
 }
 
+TEST(Thread, JoinReturnsTheCodeOfTheSystemAndTheThreadCountsAsJoined) {
+    static std::promise<void> s_end; // Outlives the thread, which nobody joins.
+    static Thread s_thread([] { s_end.get_future().wait(); }, "detached", false);
+    ASSERT_EQ(s_thread.start(), 0);
+    EXPECT_EQ(s_thread.join(), EINVAL) << "a detached thread cannot be joined";
+    EXPECT_EQ(s_thread.join(), 0);
+    s_end.set_value();
+}
+
 TEST(Thread, NameIsCutTo63CharactersInTheStartBlockAndTo15ByTheKernel) {
     SystemCalls calls;
     const std::string letters = "abcdefghijklmnopqrstuvwxyz0123456789";

@@ -16,21 +16,25 @@ size_t Index(int row, int stride, int column) {
 struct PlaneTarget {
     std::vector<uint8_t>& memory;
     int stride;
+    int rows;
 };
 
 /// Where a plane copy reads: rows of this stride, moved on by an offset.
 struct PlaneSource {
     const ModelPlane& plane;
+    size_t samples;
     size_t offset;
     int stride;
 };
 
-/// Copies whole blocks of the rectangle's rows to the target's start. room is what the framebuffer
-/// has from the rectangle's corner on, in pixels; samples that are not whole in it are left out.
+/// Copies whole blocks of the rectangle's rows to the target's start, as far as the target goes. A
+/// row that the source does not have to its end is left out.
 void CopyPlane(const PlaneSource& source, const PlaneTarget& target, ModelChroma scale,
-               const ModelRectangle& area, const ModelMask& mask, ModelRectangle room) {
-    const int columns = std::min(RoundUpToBlock(area.width), room.width) / scale.divX;
-    for (int row = 0; row * scale.divY < area.height && row < room.height / scale.divY; ++row) {
+               const ModelRectangle& area, const ModelMask& mask) {
+    const int columns = std::min(RoundUpToBlock(area.width) / scale.divX, target.stride);
+    for (int row = 0; row * scale.divY < area.height && row < target.rows; ++row) {
+        if (source.offset + Index(row, source.stride, columns) > source.samples)
+            return;
         for (int column = 0; column < columns; ++column) {
             if (mask.Skips(column * scale.divX, row * scale.divY))
                 continue;
@@ -116,16 +120,19 @@ void ModelRenderer::CopyPlanes(const ModelRectangle& area, const ModelMask& mask
     // The viewer's planes are written from their start; the rectangle's position moves the source,
     // and half of the whole distance moves the chroma, whatever the subsampling.
     const size_t offset = Index(area.y, m_iWidth, area.x);
-    const ModelRectangle room{area.x, area.y, std::max(m_iWidth - area.x, 0),
-                              std::max(m_iHeight - area.y, 0)};
+    // A decoder's planes hold the screen in whole blocks.
+    const size_t samples = Index(RoundUpToBlock(m_iHeight), RoundUpToBlock(m_iWidth), 0);
+    const size_t chromaSamples = samples / static_cast<size_t>(m_Chroma.divX);
     const int stride = RoundUpToBlock(area.width);
     const int chromaStride = stride / m_Chroma.divX;
     const int chromaWidth = m_iWidth / m_Chroma.divX;
-    CopyPlane({planes.y, offset, stride}, {m_vuiY, m_iWidth}, {1, 1}, area, mask, room);
-    CopyPlane({planes.cb, offset / 2, chromaStride}, {m_vuiCb, chromaWidth}, m_Chroma, area, mask,
-              room);
-    CopyPlane({planes.cr, offset / 2, chromaStride}, {m_vuiCr, chromaWidth}, m_Chroma, area, mask,
-              room);
+    const int chromaHeight = m_iHeight / m_Chroma.divY;
+    CopyPlane({planes.y, samples, offset, stride}, {m_vuiY, m_iWidth, m_iHeight}, {1, 1}, area,
+              mask);
+    CopyPlane({planes.cb, chromaSamples, offset / 2, chromaStride},
+              {m_vuiCb, chromaWidth, chromaHeight}, m_Chroma, area, mask);
+    CopyPlane({planes.cr, chromaSamples, offset / 2, chromaStride},
+              {m_vuiCr, chromaWidth, chromaHeight}, m_Chroma, area, mask);
 }
 
 uint32_t* ModelRenderer::PixelAt(const ModelRectangle& area, int column, int row) {

@@ -119,10 +119,20 @@ TEST(ModelRenderer, PlaneCopyTakesWholeBlocksOfARow) {
     EXPECT_EQ(CopiedLumaAndChroma(32, 32, {0, 0, 3, 5}), (std::array<long, 2>{80, 48}));
 }
 
-TEST(ModelRenderer, PlaneCopyLeavesOutWhatOverhangs) {
-    // 12 by 10 pixels of the block stand in the framebuffer.
-    EXPECT_EQ(CopiedLumaAndChroma(32, 32, {20, 22, 16, 16}), (std::array<long, 2>{120, 60}));
-    EXPECT_EQ(CopiedLumaAndChroma(32, 32, {32, 0, 16, 16}), (std::array<long, 2>{0, 0}));
+TEST(ModelRenderer, PlaneCopyTakesTheWholeBlockWhereverItStands) {
+    EXPECT_EQ(CopiedLumaAndChroma(32, 32, {20, 22, 16, 16}), (std::array<long, 2>{256, 128}));
+    EXPECT_EQ(CopiedLumaAndChroma(32, 32, {32, 0, 16, 16}), (std::array<long, 2>{256, 128}));
+}
+
+TEST(ModelRenderer, PlaneCopyIsCutAtTheTargetsSize) {
+    // 9 columns and 7 rows of luma, 4 columns and 3 rows of each chroma.
+    EXPECT_EQ(CopiedLumaAndChroma(9, 7, {0, 0, 16, 16}), (std::array<long, 2>{63, 24}));
+}
+
+TEST(ModelRenderer, PlaneCopyLeavesOutRowsThatTheSourceDoesNotHave) {
+    // From sample 992 of 1024 on there are two rows of 16; of chroma, from 496 of 512 on, two of 8.
+    EXPECT_EQ(CopiedLumaAndChroma(32, 32, {0, 31, 16, 16}), (std::array<long, 2>{32, 32}));
+    EXPECT_EQ(CopiedLumaAndChroma(32, 32, {0, 64, 16, 16}), (std::array<long, 2>{0, 0}));
 }
 
 TEST(ModelRenderer, PlaneFramebuffersGetNoContrast) {

@@ -113,6 +113,7 @@ int FakeJvm::calls(const std::string& function) const {
 
 bool FakeJvm::enter(const std::string& function) {
     const int call = ++m_calls[function];
+    m_journal.push_back({function});
     const auto failing = m_failingCall.find(function);
     return failing != m_failingCall.end() && failing->second == call;
 }

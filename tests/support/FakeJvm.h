@@ -86,6 +86,14 @@ public:
     /// Number of calls so far of a JNI function.
     int calls(const std::string& function) const;
 
+    /// The JNI functions that were called, in order, since the journal was cleared; of those that
+    /// take a direct buffer, the buffer's address.
+    struct JournalEntry {
+        std::string function;
+        const void* directAddress = nullptr;
+    };
+    std::vector<JournalEntry> m_journal;
+
     size_t liveLocals() const { return countLive(Kind::Local); }
     size_t liveGlobals() const { return countLive(Kind::Global); }
     size_t attachedThreads();

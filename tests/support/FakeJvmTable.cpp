@@ -280,6 +280,8 @@ struct FakeJvmTable {
         FakeJvm& jvm = jvmOf(env);
         jvm.enter("GetDirectBufferAddress");
         const Object* object = jvm.target(buffer);
+        if (object)
+            jvm.m_journal.back().directAddress = object->directAddress;
         return object ? object->directAddress : nullptr;
     }
 

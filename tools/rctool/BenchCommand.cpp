@@ -111,7 +111,7 @@ void PrintText(const Figures& figures, const Work& work, const BenchRequest& req
                 Counted(work.m_uiCoded, "coded macroblock").c_str(),
                 request.m_uiPasses == 1 ? "1 pass"
                                         : (std::to_string(request.m_uiPasses) + " passes").c_str(),
-                Counted(player.GetThreads(), "thread").c_str(), NameOf(player.GetKernels()));
+                Counted(player.GetThreads(), "thread").c_str(), player.GetKernels().m_pName);
     std::printf("wall clock         %12.3f ms a pass\n", figures.m_fWall / 1e6);
     std::printf("calling thread     %12.3f ms of processor time\n", figures.m_fOwn / 1e6);
     std::printf("workers            %12.3f ms of processor time\n", figures.m_fWorkers / 1e6);
@@ -126,7 +126,7 @@ void PrintJson(const Figures& figures, const Work& work, const BenchRequest& req
                                          {"codedMacroblocks", work.m_uiCoded},
                                          {"passes", request.m_uiPasses},
                                          {"threads", player.GetThreads()},
-                                         {"kernels", NameOf(player.GetKernels())},
+                                         {"kernels", player.GetKernels().m_pName},
                                          {"wallNs", figures.m_fWall},
                                          {"ownCpuNs", figures.m_fOwn},
                                          {"workersCpuNs", figures.m_fWorkers},

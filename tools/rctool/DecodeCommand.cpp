@@ -120,7 +120,7 @@ void Decoding::CheckThatChecksumsHold(RecordingReader& reader) const {
     const bool rounds = std::ranges::any_of(decoders, [](const recording::DecoderFormat& decoder) {
         return decoder.m_codec == streamencoder::Codec::Ict;
     });
-    if (rounds && RuleOf(m_player.GetKernels()) != settings.m_kernels)
+    if (rounds && recording::RuleOf(m_player.GetKernels()) != settings.m_kernels)
         throw std::invalid_argument(std::string("The recorded checksums are those of ") +
                                     NameOf(settings.m_kernels) + " kernels");
 }

@@ -29,10 +29,6 @@ const char* NameOf(recording::Sink sink) {
     return NameIn(std::array{"argb", "planes"}, sink);
 }
 
-const char* NameOf(recording::KernelVariant variant) {
-    return NameIn(std::array{"portable", "sse2", "avx2"}, variant);
-}
-
 const char* NameOf(recording::KernelRule rule) {
     return NameIn(std::array{"accelerated", "portable"}, rule);
 }

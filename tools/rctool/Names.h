@@ -1,7 +1,6 @@
 #pragma once
 
 #include "libimagedecoder/IctTiles.h"
-#include "tools/recording/Kernels.h"
 #include "tools/recording/Recording.h"
 
 namespace Vostrel::rctool {
@@ -11,7 +10,6 @@ const char* NameOf(streamencoder::Codec codec);
 const char* NameOf(streamencoder::ChromaSubsampling chroma);
 const char* NameOf(streamencoder::RecordLayout layout);
 const char* NameOf(recording::Sink sink);
-const char* NameOf(recording::KernelVariant variant);
 const char* NameOf(recording::KernelRule rule);
 
 /// Of a tile: Y, Cb or Cr; of LBE's planes luma or chroma.

@@ -5,10 +5,11 @@
 #include <iomanip>
 #include <sstream>
 #include <system_error>
+#include <vector>
 
 namespace Vostrel::rctool {
 
-using recording::KernelVariant;
+using recording::KernelLevel;
 
 namespace {
 
@@ -89,6 +90,20 @@ std::optional<libimagedecoder::UpdateRectangle> ParseRectangle(const std::string
         static_cast<uint16_t>(numbers[2]), static_cast<uint16_t>(numbers[3])};
 }
 
+/// The help of all processors is the same: it names the levels that another one can run, too.
+void AddKernels(CLI::App& app, DecodingOptions& options) {
+    const std::vector<KernelLevel> levels = libimagedecoder::ListKernelLevels();
+    std::map<std::string, KernelLevel> choices;
+    std::string names;
+    for (const KernelLevel& level : levels) {
+        choices.emplace(level.m_pName, level);
+        const bool last = choices.size() == levels.size();
+        names += std::string(names.empty() ? "" : last ? " or " : ", ") + level.m_pName;
+    }
+    AddChoice<KernelLevel>(app, "--kernels", options.m_kernels, choices,
+                           names + " [the recorded kind]");
+}
+
 } // namespace
 
 void AddRectangle(CLI::App& app, const std::string& name,
@@ -111,11 +126,7 @@ void AddDecodingOptions(CLI::App& app, DecodingOptions& options) {
                    "worker threads, 0 to 64 [as the recording wants]")
         ->type_name("N")
         ->check(WholeNumber(0, 64));
-    AddChoice<KernelVariant>(app, "--kernels", options.m_kernels,
-                             {{"portable", KernelVariant::Portable},
-                              {"sse2", KernelVariant::Sse2},
-                              {"avx2", KernelVariant::Avx2}},
-                             "portable, sse2 or avx2 [the recorded kind]");
+    AddKernels(app, options);
 }
 
 } // namespace Vostrel::rctool

@@ -67,7 +67,7 @@ CLI::Validator Number(double least, double most);
 /// The options of subcommands that decode.
 struct DecodingOptions {
     std::optional<unsigned> m_threads;
-    std::optional<recording::KernelVariant> m_kernels;
+    std::optional<recording::KernelLevel> m_kernels;
 };
 
 void AddRecordingArgument(CLI::App& app, std::string& path);

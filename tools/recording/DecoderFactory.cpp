@@ -27,7 +27,7 @@ unsigned ChooseThreads(const DecoderFormat& format, std::optional<unsigned> want
 }
 
 std::unique_ptr<libimagedecoder::IImageDecoder>
-MakeDecoder(const DecoderFormat& format, unsigned threads, KernelVariant kernels,
+MakeDecoder(const DecoderFormat& format, unsigned threads, const KernelLevel& kernels,
             const DecoderSurroundings& surroundings) {
     const auto& [renderer, stream, logger] = surroundings;
     const auto chroma = static_cast<unsigned>(format.m_chroma);
@@ -35,10 +35,11 @@ MakeDecoder(const DecoderFormat& format, unsigned threads, KernelVariant kernels
     case Codec::Ict:
         return std::make_unique<libimagedecoder::ImageDecoderIct>(
             renderer, stream, logger, threads, format.m_uiProtocolVersion, chroma,
-            MakeTransform(kernels, logger));
+            CreateInverseIctOf(kernels, logger));
     case Codec::Lbe:
         return std::make_unique<libimagedecoder::ImageDecoderLbe>(
-            renderer, stream, logger, threads, format.m_uiProtocolVersion, chroma);
+            renderer, stream, logger, threads, format.m_uiProtocolVersion, chroma,
+            CreateLbePlaneKernelOf(kernels, logger));
     }
     throw std::invalid_argument("The codec is unknown");
 }

@@ -23,10 +23,9 @@ struct DecoderSurroundings {
     libimagedecoder::ILogger* m_pLogger;
 };
 
-/// The library's decoder of a format. threads: 0..1024. Throws std::invalid_argument for kernels
-/// that this processor lacks.
+/// The library's decoder of a format. threads: 0..1024. kernels: that this processor can run.
 std::unique_ptr<libimagedecoder::IImageDecoder>
-MakeDecoder(const DecoderFormat& format, unsigned threads, KernelVariant kernels,
+MakeDecoder(const DecoderFormat& format, unsigned threads, const KernelLevel& kernels,
             const DecoderSurroundings& surroundings);
 
 } // namespace Vostrel::recording

@@ -1,27 +1,18 @@
 #pragma once
 
-#include "libimagedecoder/InverseTransform/IInverseIct.h"
-#include "libimagedecoder/YCbCr4xxToArgb32/IYCbCr4xxToArgb32.h"
+#include "libimagedecoder/KernelLevels.h"
 #include "tools/recording/Recording.h"
 
-#include <memory>
+#include <optional>
 
 namespace Vostrel::recording {
 
-/// The variants of the library's kernels.
-enum class KernelVariant { Portable, Sse2, Avx2 };
+using libimagedecoder::KernelLevel;
 
-constexpr KernelRule RuleOf(KernelVariant variant) {
-    return variant == KernelVariant::Portable ? KernelRule::Portable : KernelRule::Accelerated;
-}
+KernelRule RuleOf(const KernelLevel& level);
 
-/// The fastest variant of a rule that this processor can run.
-KernelVariant FastestKernels(KernelRule rule);
-
-/// The logger is not owned. Throws std::invalid_argument for a variant that this processor lacks.
-std::shared_ptr<libimagedecoder::InverseTransform::InverseIct::IInverseIct>
-MakeTransform(KernelVariant variant, libimagedecoder::ILogger* logger);
-std::shared_ptr<libimagedecoder::YCbCr4xxToArgb32::IYCbCr4xxToArgb32>
-MakeConverter(KernelVariant variant, libimagedecoder::ILogger* logger);
+/// The level that is wanted, or else the fastest of a rule that this processor can run. Throws
+/// std::invalid_argument for a level that it cannot run.
+KernelLevel ChooseKernels(const std::optional<KernelLevel>& wanted, KernelRule rule);
 
 } // namespace Vostrel::recording

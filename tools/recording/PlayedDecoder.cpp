@@ -13,8 +13,9 @@ void PlayedDecoder::UpdateStream::SetPayload(const std::vector<uint8_t>& payload
     m_uiSize = payload.size();
 }
 
-PlayedDecoder::PlayedDecoder(const DecoderFormat& format, unsigned threads, KernelVariant kernels)
-    : m_format(format), m_renderer(MakeConverter(kernels, &m_logger)),
+PlayedDecoder::PlayedDecoder(const DecoderFormat& format, unsigned threads,
+                             const KernelLevel& kernels)
+    : m_format(format), m_renderer(CreateYCbCr4xxToArgb32Of(kernels, &m_logger)),
       m_pDecoder(MakeDecoder(format, threads, kernels, {&m_renderer, &m_stream, &m_logger})) {}
 
 PlayedDecoder::~PlayedDecoder() = default;

@@ -26,8 +26,8 @@ struct PlayedUpdate {
 /// that it shares with others.
 class PlayedDecoder {
 public:
-    /// threads: 0..1024. Throws std::invalid_argument for kernels that this processor lacks.
-    PlayedDecoder(const DecoderFormat& format, unsigned threads, KernelVariant kernels);
+    /// threads: 0..1024. kernels: that this processor can run.
+    PlayedDecoder(const DecoderFormat& format, unsigned threads, const KernelLevel& kernels);
     ~PlayedDecoder();
     PlayedDecoder(const PlayedDecoder&) = delete;
     PlayedDecoder& operator=(const PlayedDecoder&) = delete;

@@ -10,7 +10,7 @@ namespace Vostrel::recording {
 Player::Player(const Header& header, const PlayerOptions& options)
     : m_chroma(header.m_chroma), m_options(options), m_settings(Drawn(header.m_settings)),
       m_uiThreads(ChooseThreads(header, options.m_threads)),
-      m_kernels(options.m_kernels.value_or(FastestKernels(m_settings.m_kernels))),
+      m_kernels(ChooseKernels(options.m_kernels, m_settings.m_kernels)),
       m_framebuffer(m_settings, m_chroma) {
     AddDecoder(header, m_uiThreads);
 }

@@ -20,7 +20,7 @@ enum class Target {
 
 struct PlayerOptions {
     std::optional<unsigned> m_threads; ///< those that the record layout wants without it, 0..1024
-    std::optional<KernelVariant> m_kernels; ///< the fastest of the recorded rule without it
+    std::optional<KernelLevel> m_kernels; ///< the fastest of the recorded rule without it
     Target m_target = Target::AsRecorded;
 };
 
@@ -50,7 +50,7 @@ public:
     void Apply(const AddedDecoder& decoder);
 
     const Framebuffer& GetFramebuffer() const { return m_framebuffer; }
-    KernelVariant GetKernels() const { return m_kernels; }
+    const KernelLevel& GetKernels() const { return m_kernels; }
 
     /// Of decoder 0.
     unsigned GetThreads() const { return m_uiThreads; }
@@ -65,7 +65,7 @@ private:
     PlayerOptions m_options;
     Settings m_settings;
     unsigned m_uiThreads;
-    KernelVariant m_kernels;
+    KernelLevel m_kernels;
     Framebuffer m_framebuffer;
     std::vector<std::unique_ptr<PlayedDecoder>> m_vDecoders;
 };

@@ -1,7 +1,6 @@
-#include "libimagedecoder/CpuArch.h"
-#include "libimagedecoder/InverseTransform/InverseIctAvx2.h"
+#include "libimagedecoder/InverseTransform/InverseIctFactory.h"
 #include "libimagedecoder/InverseTransform/InverseIctNative.h"
-#include "libimagedecoder/InverseTransform/InverseIctSse2.h"
+#include "tests/libimagedecoder/KernelTables.h"
 #include "tests/model/KernelModels.h"
 #include "tests/model/ModelTransform.h"
 #include "tests/support/GuardedBuffer.h"
@@ -18,50 +17,21 @@
 
 namespace Vostrel::libimagedecoder::InverseTransform::InverseIct {
 
-struct Variant {
-    const char* name;
-    std::unique_ptr<IInverseIct> (*create)(ILogger*);
-    model::KernelRule rule;
-    std::string announcement;
-    int alignment;
-    std::array<int, 8> columnOrder; ///< Element of a row that holds horizontal frequency u.
-};
-
-void PrintTo(const Variant& variant, std::ostream* out) {
-    *out << variant.name;
-}
-
 namespace {
 
 using model::KernelRule;
 using model::TileTable;
 
-template <typename Kernel>
-std::unique_ptr<IInverseIct> Make(ILogger* logger) {
-    return std::make_unique<Kernel>(logger);
-}
+using Variant = KernelVariant<std::shared_ptr<IInverseIct>>;
 
 std::vector<Variant> VariantsOfThisProcessor() {
-    std::vector<Variant> variants{{"Native",
-                                   Make<InverseIctNative>,
-                                   KernelRule::Portable,
-                                   "Inverse ICT is not accelerated",
-                                   8,
-                                   {0, 1, 2, 3, 4, 5, 6, 7}},
-                                  {"Sse2",
-                                   Make<InverseIctSse2>,
-                                   KernelRule::Accelerated,
-                                   "Inverse ICT is SSE2 accelerated",
-                                   16,
-                                   {0, 4, 1, 5, 2, 6, 3, 7}}};
-    if ((CpuArch::GetInstrSetArchExtFlags(nullptr) & InstrSetArchExt::Avx2) != 0)
-        variants.push_back({"Avx2",
-                            Make<InverseIctAvx2>,
-                            KernelRule::Accelerated,
-                            "Inverse ICT is AVX2 accelerated",
-                            32,
-                            {0, 4, 1, 5, 2, 6, 3, 7}});
-    return variants;
+    return RunnableVariants(InverseIctFactory::GetVariants());
+}
+
+/// Element of a row of coefficients that holds a horizontal frequency.
+int ColumnOf(const Variant& variant, int frequency) {
+    constexpr int EvenFirst[8] = {0, 4, 1, 5, 2, 6, 3, 7};
+    return IsPortable(variant) ? frequency : EvenFirst[frequency];
 }
 
 class InverseIctVariant : public testing::TestWithParam<Variant> {
@@ -93,15 +63,19 @@ protected:
     template <typename Block>
     void FillBlock(Block& block, const TileTable& coefficients) const {
         for (std::size_t n = 0; n < 64; ++n)
-            block[8 * (n / 8) + static_cast<std::size_t>(GetParam().columnOrder[n % 8])] =
+            block[8 * (n / 8) +
+                  static_cast<std::size_t>(ColumnOf(GetParam(), static_cast<int>(n % 8)))] =
                 static_cast<short>(coefficients[n]);
     }
 
     /// The least alignment that the kernel promises to take: not a multiple of twice as much.
-    std::size_t Alignment() const { return static_cast<std::size_t>(GetParam().alignment); }
+    std::size_t Alignment() const {
+        return static_cast<std::size_t>(ExpectedAlignment(GetParam()));
+    }
 
     void ExpectModelResult(const TileTable& coefficients) {
-        ASSERT_EQ(Transform(coefficients), model::InverseTransform(coefficients, GetParam().rule))
+        ASSERT_EQ(Transform(coefficients),
+                  model::InverseTransform(coefficients, RuleOf(GetParam())))
             << testing::PrintToString(coefficients);
     }
 
@@ -109,12 +83,11 @@ protected:
     using GuardedBuffer = tests::GuardedBuffer<Element>;
 
     tests::RecordingLogger m_Logger;
-    std::unique_ptr<IInverseIct> m_pKernel = GetParam().create(&m_Logger);
+    std::shared_ptr<IInverseIct> m_pKernel = GetParam().m_pMake(&m_Logger);
 };
 
 INSTANTIATE_TEST_SUITE_P(InverseIct, InverseIctVariant,
-                         testing::ValuesIn(VariantsOfThisProcessor()),
-                         [](const auto& test) { return std::string(test.param.name); });
+                         testing::ValuesIn(VariantsOfThisProcessor()), VariantTestName);
 
 TileTable Uniform(std::int64_t value) {
     TileTable tile;
@@ -129,12 +102,14 @@ TileTable OnlyDc(std::int64_t value) {
 }
 
 TEST_P(InverseIctVariant, AnnouncesItselfOnce) {
-    EXPECT_EQ(m_Logger.m_vLines, std::vector<std::string>{GetParam().announcement});
+    EXPECT_EQ(
+        m_Logger.m_vLines,
+        (std::vector<std::string>{"Inverse ICT is " + AnnouncedName(GetParam()) + " accelerated"}));
 }
 
 TEST_P(InverseIctVariant, PublishesItsConstants) {
-    EXPECT_EQ(m_pKernel->IsAccelerated(), GetParam().rule == KernelRule::Accelerated);
-    EXPECT_EQ(m_pKernel->GetDataAlignmentBytes(), GetParam().alignment);
+    EXPECT_EQ(m_pKernel->IsAccelerated(), !IsPortable(GetParam()));
+    EXPECT_EQ(m_pKernel->GetDataAlignmentBytes(), ExpectedAlignment(GetParam()));
     EXPECT_EQ(m_pKernel->GetScalingAsShift(), 6);
     const double norms[8] = {0.35355333390593, 0.047565149415, 0.158113883008, 0.047565149415,
                              0.35355333390593, 0.047565149415, 0.158113883008, 0.047565149415};
@@ -145,7 +120,7 @@ TEST_P(InverseIctVariant, PermutationKeepsTheRowAndMovesTheColumn) {
     for (int v = 0; v < 8; ++v)
         for (int u = 0; u < 8; ++u)
             EXPECT_EQ(m_pKernel->GetTileIndexPermutation()[8 * v + u],
-                      8 * v + GetParam().columnOrder[static_cast<std::size_t>(u)]);
+                      8 * v + ColumnOf(GetParam(), u));
 }
 
 TEST_P(InverseIctVariant, EveryDcValueGivesAFlatTile) {
@@ -268,7 +243,7 @@ TEST_P(InverseIctVariant, WritesEightBytesARowAtAnyAddressAndStride) {
     for (const std::size_t stride : {8U, 9U, 15U, 16U, 31U, 64U, 1000U}) {
         for (std::size_t misalignment = 0; misalignment < 33; ++misalignment) {
             const TileTable coefficients = PlausibleTile(random);
-            const TileTable expected = model::InverseTransform(coefficients, GetParam().rule);
+            const TileTable expected = model::InverseTransform(coefficients, RuleOf(GetParam()));
             GuardedBuffer<short> block(64, Alignment());
             FillBlock(block, coefficients);
             GuardedBuffer<unsigned char> plane(7 * stride + 8, misalignment);
@@ -298,7 +273,7 @@ TEST_P(InverseIctVariant, ServesManyThreadsAtOnce) {
     for (std::thread& thread : threads)
         thread.join();
     for (std::size_t n = 0; n < Threads; ++n)
-        EXPECT_EQ(results[n], model::InverseTransform(tiles[n], GetParam().rule));
+        EXPECT_EQ(results[n], model::InverseTransform(tiles[n], RuleOf(GetParam())));
 }
 
 TEST_P(InverseIctVariant, RowResultsBeyond16BitsFollowTheVariantsRule) {
@@ -307,7 +282,7 @@ TEST_P(InverseIctVariant, RowResultsBeyond16BitsFollowTheVariantsRule) {
     TileTable coefficients{};
     coefficients[0] = 32767;
     coefficients[4] = 32767;
-    const std::int64_t beyond = GetParam().rule == KernelRule::Portable ? 127 : 255;
+    const std::int64_t beyond = RuleOf(GetParam()) == KernelRule::Portable ? 127 : 255;
     const std::int64_t row[8] = {beyond, 128, 128, beyond, beyond, 128, 128, beyond};
     TileTable expected;
     for (std::size_t n = 0; n < 64; ++n)
@@ -329,9 +304,9 @@ TEST_P(InverseIctVariant, SumsFarBeyondAByteClampToItsEnds) {
 TEST(InverseIct, VariantsAgreeWhileNothingLeaves16Bits) {
     tests::Random random;
     tests::RecordingLogger logger;
-    std::vector<std::unique_ptr<IInverseIct>> kernels;
+    std::vector<std::shared_ptr<IInverseIct>> kernels;
     for (const Variant& variant : VariantsOfThisProcessor())
-        kernels.push_back(variant.create(&logger));
+        kernels.push_back(variant.m_pMake(&logger));
     for (int round = 0; round < 5000; ++round) {
         const TileTable coefficients = PlausibleTile(random);
         std::array<unsigned char, 64> first{};

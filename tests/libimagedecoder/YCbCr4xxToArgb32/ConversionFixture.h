@@ -1,9 +1,7 @@
 #pragma once
 
-#include "libimagedecoder/CpuArch.h"
-#include "libimagedecoder/YCbCr4xxToArgb32/YCbCr4xxToArgb32Avx2.h"
-#include "libimagedecoder/YCbCr4xxToArgb32/YCbCr4xxToArgb32Native.h"
-#include "libimagedecoder/YCbCr4xxToArgb32/YCbCr4xxToArgb32Sse2.h"
+#include "libimagedecoder/YCbCr4xxToArgb32/YCbCr4xxToArgb32Factory.h"
+#include "tests/libimagedecoder/KernelTables.h"
 #include "tests/model/KernelModels.h"
 #include "tests/support/RecordingLogger.h"
 
@@ -15,18 +13,7 @@
 
 namespace Vostrel::libimagedecoder::YCbCr4xxToArgb32 {
 
-struct Variant {
-    const char* name;
-    std::unique_ptr<IYCbCr4xxToArgb32> (*create)(ILogger*);
-    model::KernelRule rule;
-    std::string announcement;
-    int alignment;
-};
-
-inline void PrintTo(const Variant& variant, std::ostream* out) {
-    *out << variant.name;
-}
-
+using Variant = KernelVariant<std::shared_ptr<IYCbCr4xxToArgb32>>;
 using model::ChromaDivisors;
 using model::KernelRule;
 using Words = std::vector<std::uint32_t>;
@@ -34,20 +21,8 @@ using Bytes = std::vector<std::uint8_t>;
 
 inline constexpr std::uint32_t Untouched = 0x12345678;
 
-template <typename Kernel>
-std::unique_ptr<IYCbCr4xxToArgb32> Make(ILogger* logger) {
-    return std::make_unique<Kernel>(logger);
-}
-
 inline std::vector<Variant> VariantsOfThisProcessor() {
-    std::vector<Variant> variants{{"Native", Make<YCbCr4xxToArgb32Native>, KernelRule::Portable,
-                                   "YCbCr420 to ARGB conversion is not accelerated.", 8},
-                                  {"Sse2", Make<YCbCr4xxToArgb32Sse2>, KernelRule::Accelerated,
-                                   "YCbCr420 to ARGB conversion is SSE2 accelerated.", 16}};
-    if ((CpuArch::GetInstrSetArchExtFlags(nullptr) & InstrSetArchExt::Avx2) != 0)
-        variants.push_back({"Avx2", Make<YCbCr4xxToArgb32Avx2>, KernelRule::Accelerated,
-                            "YCbCr420 to ARGB conversion is AVX2 accelerated.", 32});
-    return variants;
+    return RunnableVariants(YCbCr4xxToArgb32Factory::GetVariants());
 }
 
 /// One of the three conversions and its chroma geometry.
@@ -108,7 +83,7 @@ protected:
     }
 
     tests::RecordingLogger m_Logger;
-    std::unique_ptr<IYCbCr4xxToArgb32> m_pKernel = GetParam().create(&m_Logger);
+    std::shared_ptr<IYCbCr4xxToArgb32> m_pKernel = GetParam().m_pMake(&m_Logger);
 };
 
 } // namespace Vostrel::libimagedecoder::YCbCr4xxToArgb32

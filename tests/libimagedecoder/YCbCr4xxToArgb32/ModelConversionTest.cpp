@@ -98,7 +98,7 @@ TEST_P(YCbCr4xxToArgb32Variant, AllSizesStridesAlignmentsAndMasksFollowTheModel)
         for (std::size_t width = 0; width <= 70; ++width)
             for (std::size_t height = 0; height <= 35; ++height)
                 ASSERT_NO_FATAL_FAILURE(ExpectModelResult(random, *m_pKernel, sampling,
-                                                          GetParam().rule, width, height));
+                                                          RuleOf(GetParam()), width, height));
 }
 
 TEST_P(YCbCr4xxToArgb32Variant, WideRectanglesFollowTheModel) {
@@ -106,7 +106,7 @@ TEST_P(YCbCr4xxToArgb32Variant, WideRectanglesFollowTheModel) {
     for (const Sampling& sampling : AllSamplings)
         for (int round = 0; round < 20; ++round)
             ASSERT_NO_FATAL_FAILURE(
-                ExpectModelResult(random, *m_pKernel, sampling, GetParam().rule,
+                ExpectModelResult(random, *m_pKernel, sampling, RuleOf(GetParam()),
                                   static_cast<std::size_t>(random.Between(71, 2000)),
                                   static_cast<std::size_t>(random.Between(0, 40))));
 }
@@ -135,7 +135,7 @@ TEST_P(YCbCr4xxToArgb32Variant, EveryColourFollowsTheModelInEverySampling) {
         for (int cr = 0; cr < 256; ++cr)
             for (int y = 0; y < 256; ++y)
                 expected[static_cast<std::size_t>(256 * cr + y)] =
-                    model::ToArgb(y, cb, cr, GetParam().rule);
+                    model::ToArgb(y, cb, cr, RuleOf(GetParam()));
         for (EveryColourOfOneCb& test : tests) {
             std::ranges::fill(test.picture.cb, static_cast<std::uint8_t>(cb));
             test.picture.ConvertWith(*m_pKernel, test.sampling);

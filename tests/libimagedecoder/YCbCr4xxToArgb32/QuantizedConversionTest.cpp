@@ -1,7 +1,5 @@
-#include "libimagedecoder/CpuArch.h"
-#include "libimagedecoder/YCbCr4xxToArgb32/YCbCr4xxToArgb32Avx2.h"
-#include "libimagedecoder/YCbCr4xxToArgb32/YCbCr4xxToArgb32Native.h"
-#include "libimagedecoder/YCbCr4xxToArgb32/YCbCr4xxToArgb32Sse2.h"
+#include "libimagedecoder/YCbCr4xxToArgb32/YCbCr4xxToArgb32Factory.h"
+#include "tests/libimagedecoder/KernelTables.h"
 #include "tests/model/KernelModels.h"
 #include "tests/support/GuardedBuffer.h"
 #include "tests/support/Random.h"
@@ -123,25 +121,7 @@ struct Picture {
     GuardedBuffer<std::uint32_t> destination;
 };
 
-using CreateKernel = std::unique_ptr<IYCbCr4xxToArgb32> (*)(ILogger*);
-
-template <typename Kernel>
-std::unique_ptr<IYCbCr4xxToArgb32> Make(ILogger* logger) {
-    return std::make_unique<Kernel>(logger);
-}
-
-struct Variant {
-    const char* name;
-    CreateKernel create;
-};
-
-std::vector<Variant> VariantsOfThisProcessor() {
-    std::vector<Variant> variants{{"Native", Make<YCbCr4xxToArgb32Native>},
-                                  {"Sse2", Make<YCbCr4xxToArgb32Sse2>}};
-    if ((CpuArch::GetInstrSetArchExtFlags(nullptr) & InstrSetArchExt::Avx2) != 0)
-        variants.push_back({"Avx2", Make<YCbCr4xxToArgb32Avx2>});
-    return variants;
-}
+using Variant = KernelVariant<std::shared_ptr<IYCbCr4xxToArgb32>>;
 
 class QuantizedConversion : public testing::TestWithParam<Variant> {
 protected:
@@ -159,11 +139,12 @@ protected:
 
     Random m_Random;
     tests::RecordingLogger m_Logger;
-    std::unique_ptr<IYCbCr4xxToArgb32> m_pKernel = GetParam().create(&m_Logger);
+    std::shared_ptr<IYCbCr4xxToArgb32> m_pKernel = GetParam().m_pMake(&m_Logger);
 };
 
-INSTANTIATE_TEST_SUITE_P(, QuantizedConversion, testing::ValuesIn(VariantsOfThisProcessor()),
-                         [](const auto& test) { return std::string(test.param.name); });
+INSTANTIATE_TEST_SUITE_P(
+    , QuantizedConversion,
+    testing::ValuesIn(RunnableVariants(YCbCr4xxToArgb32Factory::GetVariants())), VariantTestName);
 
 TEST_P(QuantizedConversion, EveryColourOfEveryPairOfDepthsIsTheTables) {
     // A row of 64 equal luma samples and one chroma row for each luma level and chroma value.

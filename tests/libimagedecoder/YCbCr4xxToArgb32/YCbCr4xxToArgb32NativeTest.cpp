@@ -1,3 +1,4 @@
+#include "libimagedecoder/YCbCr4xxToArgb32/YCbCr4xxToArgb32Native.h"
 #include "tests/libimagedecoder/YCbCr4xxToArgb32/ConversionFixture.h"
 
 #include <cmath>

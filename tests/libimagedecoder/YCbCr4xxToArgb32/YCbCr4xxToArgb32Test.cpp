@@ -3,12 +3,13 @@
 namespace Vostrel::libimagedecoder::YCbCr4xxToArgb32 {
 
 INSTANTIATE_TEST_SUITE_P(YCbCr4xxToArgb32, YCbCr4xxToArgb32Variant,
-                         testing::ValuesIn(VariantsOfThisProcessor()),
-                         [](const auto& test) { return std::string(test.param.name); });
+                         testing::ValuesIn(VariantsOfThisProcessor()), VariantTestName);
 
 TEST_P(YCbCr4xxToArgb32Variant, AnnouncesItselfOnceAndTellsItsAlignment) {
-    EXPECT_EQ(m_Logger.m_vLines, std::vector<std::string>{GetParam().announcement});
-    EXPECT_EQ(m_pKernel->GetDataAlignmentBytes(), GetParam().alignment);
+    EXPECT_EQ(m_Logger.m_vLines,
+              (std::vector<std::string>{"YCbCr420 to ARGB conversion is " +
+                                        AnnouncedName(GetParam()) + " accelerated."}));
+    EXPECT_EQ(m_pKernel->GetDataAlignmentBytes(), ExpectedAlignment(GetParam()));
 }
 
 TEST_P(YCbCr4xxToArgb32Variant, NeutralChromaKeepsBlackAndWhite) {
@@ -27,7 +28,7 @@ TEST_P(YCbCr4xxToArgb32Variant, MostRedChromaClampsRed) {
 TEST_P(YCbCr4xxToArgb32Variant, LeastChromaShowsTheVariantsRounding) {
     // Cr 0: -179.375 and 91.375, Cb 0: -226.75 and 44. The portable rule rounds, the other floors.
     // Green is far beyond 255 unless luma is small.
-    const bool portable = GetParam().rule == KernelRule::Portable;
+    const bool portable = IsPortable(GetParam());
     for (const Sampling& sampling : AllSamplings) {
         EXPECT_EQ(ConvertOneColour(sampling, 255, 128, 0), portable ? 0xFF4CFFFFU : 0xFF4BFFFFU);
         EXPECT_EQ(ConvertOneColour(sampling, 255, 0, 128), 0xFFFFFF1CU);
@@ -110,7 +111,7 @@ TEST(YCbCr4xxToArgb32, VariantsDifferByOneInRedAndBlueAndByTwoInGreen) {
             picture.cb[n] = static_cast<std::uint8_t>(n);
             picture.cr[n] = static_cast<std::uint8_t>(n / 256);
         }
-        picture.ConvertWith(*variant.create(&logger), Sampling444);
+        picture.ConvertWith(*variant.m_pMake(&logger), Sampling444);
         results.push_back(picture.destination);
     }
     const auto largestDifference = [&results](int shift) {

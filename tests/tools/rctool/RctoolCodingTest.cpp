@@ -1,3 +1,4 @@
+#include "libimagedecoder/KernelLevels.h"
 #include "tests/model/CaseFile.h"
 #include "tests/model/ModelDecoder.h"
 #include "tests/tools/rctool/RctoolFixture.h"
@@ -84,7 +85,8 @@ TEST_F(Rctool, RecordsTheChecksumsAndResultsOfTheModel) {
 
 TEST_F(Rctool, DecodesToThePictureOfTheModelInEveryFormatThreadCountAndKernel) {
     const std::string path = Recorded("--quality 6");
-    for (const std::string kernels : {"portable", "sse2", "avx2"}) {
+    for (const auto& level : libimagedecoder::ListKernelLevelsOfThisProcessor()) {
+        const std::string kernels = level.m_pName;
         const auto rule =
             kernels == "portable" ? model::KernelRule::Portable : model::KernelRule::Accelerated;
         const auto argb = ShowWithModel(path, rule).m_vuiArgb;

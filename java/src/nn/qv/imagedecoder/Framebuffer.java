@@ -79,7 +79,8 @@ public final class Framebuffer {
     /**
      * Makes a framebuffer of planes, which hold the samples as decoded: without contrast stretch,
      * post-processing and colour conversion. Only ICT decoders draw into it, and only updates whose
-     * rectangle begins at (0, 0), because the native library places all others shifted.
+     * rectangle begins at (0, 0), because the native library places all others shifted. Sides of Cb
+     * and Cr are divided by the subsampling and rounded down.
      *
      * @param width width in pixels, 1 to {@link #MAX_SIDE}
      * @param height height in pixels, 1 to {@link #MAX_SIDE}; {@link #MAX_PIXELS} in all
