@@ -122,7 +122,6 @@ def main():
     libraries = list(root.glob(f"{JNI_FOLDERS}/libimagedecoder.so"))
     require(len(libraries) == 1, f"installed as {libraries}")
     check_debug_symbols(arguments.cmake, arguments.build, libraries[0], arguments.work / "debug")
-    require((root / "usr/share/man/man1/rctool.1.gz").is_file(), "rctool has no manual page")
     for completion in ("bash-completion/completions/rctool", "zsh/vendor-completions/_rctool",
                        "fish/vendor_completions.d/rctool.fish"):
         require((root / "usr/share" / completion).is_file(), f"there is no {completion}")

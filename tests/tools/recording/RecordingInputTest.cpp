@@ -32,7 +32,7 @@ private:
     int m_iEnds[2]{};
 };
 
-const std::string Bytes = std::string(FileMagic) + std::string(1000, 'x');
+const std::string Bytes = std::string(FileMagic).append(1000, 'x');
 
 TEST(RecordingInput, AStreamIsCopiedSoThatItCanBeSearched) {
     const FilledPipe pipe(Bytes);

@@ -158,31 +158,5 @@ final class ExtractionTest extends LoadingFixture {
                             PosixFilePermissions.toString(Files.getPosixFilePermissions(folder)),
                             "permissions");
                 });
-        test(
-                "from a folder mounted noexec the extraction moves on to the next",
-                scratch -> {
-                    try (NoexecFolder noexec = NoexecFolder.make(scratch.path())) {
-                        bare(scratch)
-                                .within(noexec.wrapper().toArray(String[]::new))
-                                .property(EXTRACT, noexec.path())
-                                .run(PROBE)
-                                .expectSays("serves: " + scratch.resolve("cache"));
-                    }
-                });
-        test(
-                "if every folder is mounted noexec, the message says so and what to do",
-                scratch -> {
-                    try (NoexecFolder noexec = NoexecFolder.make(scratch.path())) {
-                        bare(scratch)
-                                .within(noexec.wrapper().toArray(String[]::new))
-                                .environment("XDG_CACHE_HOME", noexec.path().resolve("cache"))
-                                .property("java.io.tmpdir", noexec.path())
-                                .run(PROBE)
-                                .expectSays("mounted noexec")
-                                .expectSays("failed to map segment")
-                                .expectSays("set -D" + EXTRACT + "=FOLDER")
-                                .expectSilentOn("serves: ");
-                    }
-                });
     }
 }

@@ -1,10 +1,14 @@
 package nn.qv.tests;
 
+import static java.nio.charset.StandardCharsets.UTF_8;
+
 import java.io.IOException;
+import java.io.InterruptedIOException;
 import java.nio.file.Files;
 import java.nio.file.Path;
 import java.util.ArrayList;
 import java.util.List;
+import java.util.Optional;
 
 /** A folder on a file system that is mounted noexec, for a child process. */
 record NoexecFolder(Path path, List<String> wrapper) implements AutoCloseable {
@@ -31,6 +35,21 @@ record NoexecFolder(Path path, List<String> wrapper) implements AutoCloseable {
         }
         wrapper.addAll(List.of("sh", "-c", script, point.toString()));
         return new NoexecFolder(point, wrapper);
+    }
+
+    /** Why the folder cannot be had; nothing if a child process does get it. */
+    Optional<String> reasonAgainst() throws IOException {
+        List<String> command = new ArrayList<>(wrapper);
+        command.add("true");
+        Process process = new ProcessBuilder(command).redirectErrorStream(true).start();
+        String said = new String(process.getInputStream().readAllBytes(), UTF_8).strip();
+        try {
+            return process.waitFor() == 0
+                    ? Optional.empty()
+                    : Optional.of("no folder can be mounted noexec here (" + said + ")");
+        } catch (InterruptedException e) {
+            throw new InterruptedIOException();
+        }
     }
 
     @Override

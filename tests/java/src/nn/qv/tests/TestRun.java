@@ -9,6 +9,8 @@ final class TestRun {
         void run() throws Exception;
     }
 
+    private static final int SKIPPED = 77;
+
     private int passed;
     private int failed;
 
@@ -21,6 +23,12 @@ final class TestRun {
             failed++;
             System.out.println("FAILED " + sentence + ": " + e);
         }
+    }
+
+    /** Ends the JVM with the status of a program that is skipped as a whole. */
+    static void skip(String reason) {
+        System.out.println("Skipped: " + reason);
+        System.exit(SKIPPED);
     }
 
     /** Prints the count and ends the JVM, with status 1 if a test failed or none was run. */
