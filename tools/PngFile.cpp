@@ -117,13 +117,18 @@ private:
 } // namespace
 
 Picture ReadPng(const std::string& path) {
+    PngLoss ignored;
+    return ReadPng(path, ignored);
+}
+
+Picture ReadPng(const std::string& path, PngLoss& loss) {
     const File file = OpenForReading(path);
-    if (auto picture = ReadNextPng(file.get(), path))
+    if (auto picture = ReadNextPng(file.get(), path, loss))
         return *std::move(picture);
     throw std::runtime_error(path + ": The file is empty");
 }
 
-std::optional<Picture> ReadNextPng(std::FILE* file, const std::string& name) {
+std::optional<Picture> ReadNextPng(std::FILE* file, const std::string& name, PngLoss& loss) {
     const std::vector<png_byte> bytes = PngBytes(file, name).TakeAll();
     if (bytes.empty())
         return std::nullopt;
@@ -131,6 +136,9 @@ std::optional<Picture> ReadNextPng(std::FILE* file, const std::string& name) {
     PngImage image;
     if (png_image_begin_read_from_memory(image.Get(), bytes.data(), bytes.size()) == 0)
         image.Fail(name);
+    loss.m_bTransparency = (image->format & PNG_FORMAT_FLAG_ALPHA) != 0;
+    loss.m_b16Bits = (image->format & PNG_FORMAT_FLAG_LINEAR) != 0;
+    image->flags |= PNG_IMAGE_FLAG_16BIT_sRGB; // Not linear where the file does not say so.
     image->format = PNG_FORMAT_RGB;
     Picture picture(image->width, image->height);
     const png_color black{0, 0, 0};

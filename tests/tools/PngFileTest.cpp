@@ -1,4 +1,5 @@
 #include "tools/PngFile.h"
+#include "tests/tools/RawPng.h"
 #include "tests/tools/Screens.h"
 
 #include <gtest/gtest.h>
@@ -28,6 +29,35 @@ TEST(PngFile, ReadsPaletteScreensAsRgb) {
     EXPECT_EQ(console.m_uiWidth, 720U);
     EXPECT_EQ(console.m_uiHeight, 400U);
     EXPECT_EQ(console.At(719, 399), (RgbPixel{0, 0, 0}));
+}
+
+TEST(PngFile, TransparentPartsAreBlendedWithBlack) {
+    const std::string path = testing::TempDir() + "PngFileAlpha.png";
+    PngLoss loss;
+    RawPng(8, PngColour::Rgba).Write(path, {200, 100, 50, 0});
+    EXPECT_EQ(ReadPng(path, loss).At(0, 0), (RgbPixel{0, 0, 0}));
+    EXPECT_TRUE(loss.m_bTransparency);
+    EXPECT_FALSE(loss.m_b16Bits);
+    RawPng(8, PngColour::Rgba).Write(path, {200, 100, 50, 255});
+    EXPECT_EQ(ReadPng(path).At(0, 0), (RgbPixel{200, 100, 50}));
+    RawPng(8, PngColour::Palette).Add("PLTE", {200, 100, 50}).Add("tRNS", {0}).Write(path, {0});
+    EXPECT_EQ(ReadPng(path, loss).At(0, 0), (RgbPixel{0, 0, 0}));
+    EXPECT_TRUE(loss.m_bTransparency);
+    RawPng(8, PngColour::Palette).Add("PLTE", {200, 100, 50}).Write(path, {0});
+    EXPECT_EQ(ReadPng(path, loss).At(0, 0), (RgbPixel{200, 100, 50}));
+    EXPECT_FALSE(loss.m_bTransparency);
+    std::remove(path.c_str());
+}
+
+TEST(PngFile, SamplesOf16BitsAreRounded) {
+    const std::string path = testing::TempDir() + "PngFile16.png";
+    PngLoss loss;
+    // 257 * value is the exact 16-bit form; up to 128 more or less are rounded to it.
+    RawPng(16, PngColour::Rgb).Write(path, {0x80, 0x80, 0x40, 0x00, 0x20, 0x5F});
+    EXPECT_EQ(ReadPng(path, loss).At(0, 0), (RgbPixel{0x80, 0x40, 0x20}));
+    EXPECT_TRUE(loss.m_b16Bits);
+    EXPECT_FALSE(loss.m_bTransparency);
+    std::remove(path.c_str());
 }
 
 TEST(PngFile, FailuresNameThePath) {

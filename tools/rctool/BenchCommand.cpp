@@ -1,7 +1,9 @@
 #include "tools/rctool/Commands.h"
+#include "tools/rctool/Counted.h"
 #include "tools/rctool/Interruption.h"
 #include "tools/rctool/Names.h"
 #include "tools/rctool/Options.h"
+#include "tools/rctool/Progress.h"
 #include "tools/rctool/RecordedUpdates.h"
 #include "tools/rctool/StopWatch.h"
 
@@ -30,7 +32,7 @@ void Describe(CLI::App& app, BenchRequest& request) {
     AddRecordingArgument(app, request.m_recording);
     app.add_option("--passes", request.m_uiPasses, "how often the recording is decoded [15]")
         ->type_name("N")
-        ->check(CLI::Range(1, 1000000).description(""));
+        ->check(WholeNumber(1, 1000000));
     AddDecodingOptions(app, request.m_decoding);
     app.add_flag("--json", request.m_bJson, "as JSON");
     app.footer("Times are medians over the passes. Compare on an idle machine, pinned to\n"
@@ -42,7 +44,6 @@ struct Work {
     std::vector<RecordedUpdate> m_vUpdates;
     size_t m_uiPixels = 0; ///< of all rectangles
     size_t m_uiCoded = 0;  ///< macroblocks
-    size_t m_uiRecordedFailures = 0;
 };
 
 /// Gives the player the decoders that the updates need.
@@ -62,19 +63,18 @@ Work Load(RecordingReader& reader, Player& player) {
         work.m_uiPixels += size_t{area.m_uiWidth} * area.m_uiHeight;
         if (const auto end = WalkerOf(reader, *update).Walk(update->m_encoded, nobody))
             work.m_uiCoded += end->m_uiCoded;
-        work.m_uiRecordedFailures += update->m_result == recording::FailedResult ? 1 : 0;
         work.m_vUpdates.push_back(std::move(*update));
     }
-    if (work.m_vUpdates.empty())
-        throw std::runtime_error("The recording holds no updates");
     return work;
 }
 
+/// Returns how many updates fail that did not when they were recorded.
 size_t PlayAll(Player& player, const Work& work) {
     return static_cast<size_t>(
         std::count_if(work.m_vUpdates.begin(), work.m_vUpdates.end(), [&](const auto& update) {
             CheckForInterruption();
-            return !player.Play(update).m_failure.empty();
+            const bool failed = !player.Play(update).m_failure.empty();
+            return failed && update.m_result != recording::FailedResult;
         }));
 }
 
@@ -107,9 +107,11 @@ Figures FiguresOf(const std::vector<WorkTime>& times, const Work& work) {
 
 void PrintText(const Figures& figures, const Work& work, const BenchRequest& request,
                const Player& player) {
-    std::printf("%zu updates, %zu coded macroblocks, %u passes, %u threads, %s kernels\n",
-                work.m_vUpdates.size(), work.m_uiCoded, request.m_uiPasses, player.GetThreads(),
-                player.GetKernels().m_pName);
+    std::printf("%s, %s, %s, %s, %s kernels\n", Counted(work.m_vUpdates.size(), "update").c_str(),
+                Counted(work.m_uiCoded, "coded macroblock").c_str(),
+                request.m_uiPasses == 1 ? "1 pass"
+                                        : (std::to_string(request.m_uiPasses) + " passes").c_str(),
+                Counted(player.GetThreads(), "thread").c_str(), player.GetKernels().m_pName);
     std::printf("wall clock         %12.3f ms a pass\n", figures.m_fWall / 1e6);
     std::printf("calling thread     %12.3f ms of processor time\n", figures.m_fOwn / 1e6);
     std::printf("workers            %12.3f ms of processor time\n", figures.m_fWorkers / 1e6);
@@ -138,17 +140,23 @@ int Bench(const BenchRequest& request) {
     RecordingReader reader(request.m_recording);
     Player player(reader.GetHeader(), {request.m_decoding.m_threads, request.m_decoding.m_kernels});
     const Work work = Load(reader, player);
+    if (work.m_vUpdates.empty())
+        return ReportNoUpdates(request.m_recording, reader.GetEnd());
     const size_t failures = PlayAll(player, work); // Warms caches and tables.
     std::vector<WorkTime> times;
+    Progress progress("bench", "pass", request.m_uiPasses);
     for (unsigned pass = 0; pass < request.m_uiPasses; ++pass) {
+        progress.Step();
         const StopWatch watch;
         PlayAll(player, work);
         times.push_back(watch.Elapsed());
     }
+    progress.Clear();
     const Figures figures = FiguresOf(times, work);
     (request.m_bJson ? PrintJson : PrintText)(figures, work, request, player);
     const int end = ReportEnd(request.m_recording, reader.GetEnd());
-    return ReportFailures(failures, work.m_uiRecordedFailures) ? int{UpdateFailed} : end;
+    const int outcome = ReportFailures(failures);
+    return outcome != Done ? outcome : end;
 }
 
 } // namespace

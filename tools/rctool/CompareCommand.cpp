@@ -4,6 +4,7 @@
 #include "tools/rctool/CompareReport.h"
 #include "tools/rctool/Options.h"
 #include "tools/rctool/OutputFile.h"
+#include "tools/rctool/Progress.h"
 #include "tools/rctool/RecordedUpdates.h"
 
 #include <cstdio>
@@ -83,6 +84,9 @@ public:
         return played;
     }
 
+    /// By the index; 0 without one.
+    size_t CountAll() { return CountUpdates(m_reader); }
+
     size_t GetUpdates() const { return m_uiUpdates; }
     const recording::Framebuffer& GetFramebuffer() const { return m_player.GetFramebuffer(); }
     int Report() const { return ReportEnd(m_path, m_reader.GetEnd()); }
@@ -98,6 +102,7 @@ private:
 int CompareRecordings(const CompareRequest& request, CompareReport& report) {
     Showing first(request.m_first, request.m_decoding);
     Showing second(request.m_second, request.m_decoding);
+    Progress progress("compare", "update", first.CountAll(), !request.m_bQuiet);
     bool hasFirst = true;
     bool hasSecond = true;
     while (true) {
@@ -105,6 +110,7 @@ int CompareRecordings(const CompareRequest& request, CompareReport& report) {
         hasSecond = second.Next();
         if (!hasFirst || !hasSecond)
             break;
+        progress.Step();
         report.Add(first.GetFramebuffer().GetPicture(), second.GetFramebuffer().GetPicture(),
                    first.GetUpdates() - 1);
     }
@@ -112,6 +118,7 @@ int CompareRecordings(const CompareRequest& request, CompareReport& report) {
         hasFirst = first.Next();
     while (hasSecond)
         hasSecond = second.Next();
+    progress.Clear();
     report.m_bRecordings = true;
     report.m_auiUpdates = {first.GetUpdates(), second.GetUpdates()};
     const int end = first.Report();

@@ -1,10 +1,13 @@
 #include "tools/rctool/Commands.h"
+#include "tools/rctool/Comparison.h"
+#include "tools/rctool/Counted.h"
 #include "tools/rctool/FrameTimes.h"
 #include "tools/rctool/Interruption.h"
 #include "tools/rctool/Names.h"
 #include "tools/rctool/Options.h"
 #include "tools/rctool/OutputFile.h"
 #include "tools/rctool/PictureFile.h"
+#include "tools/rctool/Progress.h"
 #include "tools/rctool/RecordedUpdates.h"
 #include "tools/rctool/StopWatch.h"
 
@@ -15,7 +18,6 @@
 
 namespace Vostrel::rctool {
 
-using recording::Coverage;
 using recording::PlayedUpdate;
 using recording::Player;
 using recording::RecordedUpdate;
@@ -93,13 +95,13 @@ private:
     void WaitFor(const RecordedUpdate& update) const;
     void Judge(const RecordedUpdate& update, const PlayedUpdate& played);
     void Verify(const RecordedUpdate& update, const PlayedUpdate& played);
-    void Differs(const char* what, uint64_t found, uint64_t recorded);
     void PrintSummary(std::FILE* text) const;
-    int Outcome() const;
+    int Outcome(bool whole) const;
 
     const DecodeRequest& m_request;
     FrameTimes m_frameTimes;
     Player m_player;
+    std::optional<Progress> m_progress; ///< once the recording is read
     std::chrono::steady_clock::time_point m_start = std::chrono::steady_clock::now();
     size_t m_uiUpdates = 0;
     size_t m_uiFailures = 0; ///< recorded ones among them
@@ -124,19 +126,23 @@ void Decoding::CheckThatChecksumsHold(RecordingReader& reader) const {
 }
 
 int Decoding::Run(RecordingReader& reader) {
+    const bool shown = !m_request.m_bQuiet && !IsStandardOutput(m_request.m_frameTimes);
+    m_progress.emplace("decode", "update", CountUpdates(reader), shown);
     ForEachUpdate(reader, m_player, [this](const RecordedUpdate& update) {
+        m_progress->Step();
         if (m_request.m_bRealTime)
             WaitFor(update);
         Show(update);
         ++m_uiUpdates;
         return true;
     });
+    m_progress->Clear();
     if (!m_request.m_output.empty() && !m_request.m_bEveryPicture)
         WriteShown(m_request.m_output);
     m_frameTimes.Close();
     if (!m_request.m_bQuiet)
         PrintSummary(TextStream({m_request.m_output, m_request.m_frameTimes}));
-    return Outcome();
+    return Outcome(reader.GetEnd().m_kind == recording::EndKind::Whole);
 }
 
 void Decoding::WaitFor(const RecordedUpdate& update) const {
@@ -161,6 +167,7 @@ void Decoding::Judge(const RecordedUpdate& update, const PlayedUpdate& played) {
         ++m_uiFailures;
         const bool asRecorded = update.m_result == recording::FailedResult;
         m_uiUnexpectedFailures += asRecorded ? 0 : 1;
+        m_progress->Clear();
         std::fprintf(stderr, "rctool: update %zu: %s%s\n", m_uiUpdates, played.m_failure.c_str(),
                      asRecorded ? ", as when it was recorded" : "");
     }
@@ -169,39 +176,30 @@ void Decoding::Judge(const RecordedUpdate& update, const PlayedUpdate& played) {
 }
 
 void Decoding::Verify(const RecordedUpdate& update, const PlayedUpdate& played) {
-    const bool hasChecksum = update.m_coverage != Coverage::Nothing;
-    m_uiCompared += hasChecksum || update.m_result ? 1 : 0;
-    if (update.m_result && played.m_uiResult != *update.m_result)
-        Differs("result", played.m_uiResult, *update.m_result);
-    if (!hasChecksum)
-        return;
-    const uint32_t crc =
-        m_player.GetFramebuffer().GetCrc(update.m_coverage, update.m_encoded.m_rectangle);
-    if (crc != update.m_uiPictureCrc)
-        Differs("picture checksum", crc, update.m_uiPictureCrc);
-}
-
-void Decoding::Differs(const char* what, uint64_t found, uint64_t recorded) {
-    ++m_uiDifferences;
-    std::fprintf(stderr, "rctool: update %zu: %s %llx, recorded %llx\n", m_uiUpdates, what,
-                 static_cast<unsigned long long>(found), static_cast<unsigned long long>(recorded));
+    m_uiCompared += CanBeCompared(update) ? 1 : 0;
+    for (const Difference& difference : Compare(update, played, m_player.GetFramebuffer())) {
+        ++m_uiDifferences;
+        m_progress->Clear();
+        std::fprintf(stderr, "rctool: update %zu: %s\n", m_uiUpdates, Text(difference).c_str());
+    }
 }
 
 void Decoding::PrintSummary(std::FILE* text) const {
-    std::fprintf(text, "%zu updates, %zu failed", m_uiUpdates, m_uiFailures);
+    std::fprintf(text, "%s, %zu failed", Counted(m_uiUpdates, "update").c_str(), m_uiFailures);
     if (m_request.m_bVerify)
-        std::fprintf(text, ", %zu compared, %zu differences", m_uiCompared, m_uiDifferences);
+        std::fprintf(text, ", %zu compared, %s", m_uiCompared,
+                     Counted(m_uiDifferences, "difference").c_str());
     std::fprintf(text, "\n");
 }
 
-int Decoding::Outcome() const {
-    if (m_request.m_bVerify && m_uiCompared == 0) {
+int Decoding::Outcome(bool whole) const {
+    if (m_uiUnexpectedFailures != 0)
+        return UpdateFailed;
+    if (m_request.m_bVerify && m_uiCompared == 0 && whole) {
         std::fprintf(stderr, "rctool: The recording holds nothing to verify\n");
         return NotVerified;
     }
-    if (m_uiDifferences != 0)
-        return NotVerified;
-    return m_uiUnexpectedFailures != 0 ? UpdateFailed : Done;
+    return m_uiDifferences != 0 ? NotVerified : Done;
 }
 
 void CheckUsage(const DecodeRequest& request) {

@@ -5,8 +5,10 @@
 #include "tools/rctool/Interruption.h"
 #include "tools/rctool/Options.h"
 #include "tools/rctool/OutputFile.h"
+#include "tools/rctool/Progress.h"
 #include "tools/rctool/Recorder.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <stdexcept>
 
@@ -62,7 +64,8 @@ void Describe(CLI::App& app, EncodeRequest& request) {
     app.add_option("--quality", request.m_format.m_quality,
                    "ict: 0 (coarse) to 15 (fine) [10]; lbe: 2 to 11\n"
                    "[10], in version 0 2 to 7 [7]")
-        ->type_name("N");
+        ->type_name("N")
+        ->check(WholeNumber(0, 15));
     AddRectangle(app, "--rectangle", request.m_area.m_rectangle,
                  "only this part of the frames, in whole blocks of 16");
     app.add_flag("--changed", request.m_area.m_bChangedOnly,
@@ -70,7 +73,7 @@ void Describe(CLI::App& app, EncodeRequest& request) {
     app.add_flag("--resize", request.m_bResize, "frames may change their size");
     app.add_option("--fps", request.m_fFramesPerSecond, "frames a second [25]")
         ->type_name("X")
-        ->check(CLI::Range(0.001, 1e6).description(""));
+        ->check(Number(0.001, 1e6));
     app.add_flag("--no-checksums", request.m_bWithoutChecksums,
                  "do not decode to take checksums of the pictures");
     app.add_flag("--quiet", request.m_bQuiet, "print nothing but errors");
@@ -82,6 +85,18 @@ recording::Header HeaderFor(const EncodeRequest& request, const PictureSize& siz
     header.m_settings.m_uiWidth = static_cast<uint16_t>(size.m_uiWidth);
     header.m_settings.m_uiHeight = static_cast<uint16_t>(size.m_uiHeight);
     return header;
+}
+
+/// Says on the error output what is lost of a frame.
+void ReportLoss(const Frame& frame, Progress& progress) {
+    if (frame.m_loss.m_bTransparency || frame.m_loss.m_b16Bits)
+        progress.Clear();
+    if (frame.m_loss.m_bTransparency)
+        std::fprintf(stderr, "rctool: %s: Its transparent parts are blended with black\n",
+                     frame.m_name.c_str());
+    if (frame.m_loss.m_b16Bits)
+        std::fprintf(stderr, "rctool: %s: Its 16-bit samples are rounded to 8 bits\n",
+                     frame.m_name.c_str());
 }
 
 void PrintUpdate(std::FILE* text, const std::string& frame, const EncodedUpdate& update) {
@@ -105,20 +120,30 @@ PictureSize SizeOf(const recording::Settings& settings) {
     return {settings.m_uiWidth, settings.m_uiHeight};
 }
 
+/// 0 if streams are among the paths.
+size_t CountFrames(const std::vector<std::string>& paths) {
+    return std::ranges::any_of(paths, IsFrameStream) ? 0 : paths.size();
+}
+
 /// A frame whose size could not be checked before, as it comes from a stream, is checked here.
 void EncodeFrames(const EncodeRequest& request, FrameReader& frames, Recorder& recorder) {
     FrameEncoder encoder(recorder, request.m_format, request.m_area);
     const double period = 1e6 / request.m_fFramesPerSecond;
     double time = recorder.GetTime() ? static_cast<double>(*recorder.GetTime()) + period : 0;
     std::FILE* const text = TextStream({request.m_output});
+    Progress progress("encode", "frame", CountFrames(request.m_vFrames), !request.m_bQuiet);
     while (auto frame = frames.Next()) {
+        progress.Step();
         const PictureSize size = frame->m_picture.GetSize();
         CheckLimit(frame->m_name, size);
         if (!request.m_bResize)
             CheckSame(frame->m_name, size, SizeOf(recorder.GetHeader().m_settings));
+        if (!request.m_bQuiet)
+            ReportLoss(*frame, progress);
         const auto update =
             encoder.Write(frame->m_name, std::move(frame->m_picture), static_cast<uint64_t>(time),
                           !request.m_bWithoutChecksums);
+        progress.Clear();
         if (!request.m_bQuiet)
             PrintFrame(text, frame->m_name, update);
         time += period;

@@ -1,6 +1,8 @@
 #include "tools/rctool/Commands.h"
+#include "tools/rctool/Counted.h"
 #include "tools/rctool/Options.h"
 #include "tools/rctool/OutputFile.h"
+#include "tools/rctool/Progress.h"
 #include "tools/rctool/RawExport.h"
 #include "tools/rctool/RecordedUpdates.h"
 #include "tools/rctool/VideoExport.h"
@@ -38,7 +40,7 @@ void Describe(CLI::App& app, ExportRequest& request) {
                    "frames a second of the video [the recording's\n"
                    "own if its updates have a constant period, or 25]")
         ->type_name("X")
-        ->check(CLI::Range(0.001, 1e6).description(""));
+        ->check(Number(0.001, 1e6));
     AddChoice<ChromaSubsampling>(
         app, "--chroma", request.m_chroma,
         {{"420", ChromaSubsampling::Yuv420}, {"444", ChromaSubsampling::Yuv444}},
@@ -59,27 +61,32 @@ int WriteVideo(const ExportRequest& request) {
     if (request.m_framesPerSecond)
         rate = RateOf(*request.m_framesPerSecond);
     const VideoPlan plan = PlanVideo(reader, rate);
-    VideoResult result;
+    if (plan.GetUpdates() == 0)
+        return ReportNoUpdates(request.m_recording, reader.GetEnd());
+    size_t failures = 0;
+    Progress progress("export", "update", plan.GetUpdates(), !request.m_bQuiet);
     WriteWhole(request.m_video, request.m_bForce, [&](std::FILE* file) {
-        result = ExportVideo(reader, player, plan, request.m_chroma, file);
+        failures = ExportVideo(reader, player, plan, request.m_chroma, file, progress);
     });
+    progress.Clear();
     if (!request.m_bQuiet)
-        std::fprintf(TextStream({request.m_video}),
-                     "%s: %zu x %zu, %llu frames at %u/%u a second\n",
+        std::fprintf(TextStream({request.m_video}), "%s: %zu x %zu, %s at %u/%u a second\n",
                      OutputName(request.m_video).c_str(), plan.m_size.m_uiWidth,
-                     plan.m_size.m_uiHeight, static_cast<unsigned long long>(plan.GetFrames()),
+                     plan.m_size.m_uiHeight, Counted(plan.GetFrames(), "frame").c_str(),
                      plan.m_rate.m_uiFrames, plan.m_rate.m_uiSeconds);
     const int end = ReportEnd(request.m_recording, reader.GetEnd());
-    return ReportFailures(result.m_uiFailures, result.m_uiRecordedFailures) ? int{UpdateFailed}
-                                                                            : end;
+    const int outcome = ReportFailures(failures);
+    return outcome != Done ? outcome : end;
 }
 
 int WriteRaw(const ExportRequest& request) {
     RecordingReader reader(request.m_recording);
-    const size_t count = ExportRaw(reader, request.m_folder, request.m_bForce);
+    Progress progress("export", "update", CountUpdates(reader), !request.m_bQuiet);
+    const size_t count = ExportRaw(reader, request.m_folder, request.m_bForce, progress);
+    progress.Clear();
     if (!request.m_bQuiet)
-        std::fprintf(TextStream({request.m_video}), "%s: %zu updates\n", request.m_folder.c_str(),
-                     count);
+        std::fprintf(TextStream({request.m_video}), "%s: %s\n", request.m_folder.c_str(),
+                     Counted(count, "update").c_str());
     return ReportEnd(request.m_recording, reader.GetEnd());
 }
 

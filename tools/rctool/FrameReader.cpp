@@ -1,6 +1,5 @@
 #include "tools/rctool/FrameReader.h"
 
-#include "tools/PngFile.h"
 #include "tools/rctool/Interruption.h"
 
 #include <cerrno>
@@ -43,7 +42,9 @@ std::optional<Frame> FrameReader::Read() {
             const std::string& path = m_vPaths[m_uiPath];
             if (!IsFrameStream(path)) {
                 ++m_uiPath;
-                return Frame{path, streamencoder::ReadPng(path)};
+                streamencoder::PngLoss loss;
+                streamencoder::Picture picture = streamencoder::ReadPng(path, loss);
+                return Frame{path, std::move(picture), loss};
             }
             if (auto frame = ReadFromStream(path))
                 return frame;
@@ -62,9 +63,10 @@ std::optional<Frame> FrameReader::ReadFromStream(const std::string& path) {
     if (!m_pStream)
         OpenStream(path);
     const std::string frame = name + ", picture " + std::to_string(m_uiInStream);
-    if (auto picture = streamencoder::ReadNextPng(m_pStream.get(), frame)) {
+    streamencoder::PngLoss loss;
+    if (auto picture = streamencoder::ReadNextPng(m_pStream.get(), frame, loss)) {
         ++m_uiInStream;
-        return Frame{frame, *std::move(picture)};
+        return Frame{frame, *std::move(picture), loss};
     }
     if (m_uiInStream == 0)
         throw std::runtime_error(name + ": There is no picture");

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "tools/Picture.h"
+#include "tools/PngFile.h"
 
 #include <cstddef>
 #include <cstdio>
@@ -14,6 +15,7 @@ namespace Vostrel::rctool {
 struct Frame {
     std::string m_name; ///< for messages
     streamencoder::Picture m_picture;
+    streamencoder::PngLoss m_loss; ///< what the picture lacks of its file
 };
 
 /// Whether frames come from a stream, which can be read only once: "-" for the standard input, a

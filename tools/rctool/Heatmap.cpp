@@ -1,89 +1,72 @@
 #include "tools/rctool/Heatmap.h"
 
 #include <algorithm>
-#include <cmath>
+#include <limits>
+#include <numeric>
 
 namespace Vostrel::rctool {
 
 using libimagedecoder::MacroblockEdge;
-using streamencoder::Picture;
-using streamencoder::RgbPixel;
 
-namespace {
-
-/// Blue, cyan, green, yellow, red for 0..1.
-RgbPixel ColourOf(double heat) {
-    constexpr RgbPixel Ramp[] = {
-        {0, 0, 255}, {0, 255, 255}, {0, 255, 0}, {255, 255, 0}, {255, 0, 0}};
-    const double place = std::clamp(heat, 0.0, 1.0) * (std::size(Ramp) - 1);
-    const size_t below = std::min<size_t>(static_cast<size_t>(place), std::size(Ramp) - 2);
-    const double part = place - static_cast<double>(below);
-    RgbPixel colour{};
-    for (size_t i = 0; i < colour.size(); ++i)
-        colour[i] = static_cast<uint8_t>(
-            std::lround((1 - part) * Ramp[below][i] + part * Ramp[below + 1][i]));
-    return colour;
-}
-
-uint8_t GreyOf(const RgbPixel& pixel) {
-    return static_cast<uint8_t>((77 * pixel[0] + 150 * pixel[1] + 29 * pixel[2]) >> 8);
-}
-
-RgbPixel Mix(const RgbPixel& colour, uint8_t grey) {
-    RgbPixel mixed{};
-    for (size_t i = 0; i < mixed.size(); ++i)
-        mixed[i] = static_cast<uint8_t>((colour[i] + grey) / 2);
-    return mixed;
-}
-
-} // namespace
-
-void Heatmap::UseSize(size_t width, size_t height) {
+bool Heatmap::UseSize(size_t width, size_t height) {
     if (width == m_uiWidth && height == m_uiHeight)
-        return;
+        return false;
     m_uiWidth = width;
     m_uiHeight = height;
-    m_vfSums.assign(width * height, 0);
+    m_uiMostInOneUpdate = 0;
+    m_vuiSums.clear();
+    UseEdge(MacroblockEdge);
+    return true;
+}
+
+/// Divides the cells that there are.
+void Heatmap::UseEdge(size_t edge) {
+    const size_t columns = (m_uiWidth + edge - 1) / edge;
+    const size_t rows = (m_uiHeight + edge - 1) / edge;
+    std::vector<uint32_t> sums(columns * rows);
+    for (size_t y = 0; y < rows && !m_vuiSums.empty(); ++y) {
+        for (size_t x = 0; x < columns; ++x)
+            sums[y * columns + x] = At(x * edge, y * edge);
+    }
+    m_vuiSums = std::move(sums);
+    m_uiEdge = edge;
+    m_uiColumns = columns;
+    m_uiRows = rows;
+}
+
+void Heatmap::BeginUpdate(const libimagedecoder::UpdateRectangle& rectangle) {
+    m_rectangle = rectangle;
+    if (rectangle.m_uiX >= m_uiWidth || rectangle.m_uiY >= m_uiHeight)
+        return;
+    const size_t edge =
+        std::gcd(std::gcd(size_t{rectangle.m_uiX}, size_t{rectangle.m_uiY}), m_uiEdge);
+    if (edge != m_uiEdge)
+        UseEdge(edge);
 }
 
 void Heatmap::OnMacroblock(const walker::Macroblock& block) {
-    const double heat =
-        m_kind == HeatmapKind::Bits ? static_cast<double>(block.m_record.m_uiCount) : 1.0;
-    const size_t left = m_rectangle.m_uiX + block.m_place.m_uiLeft;
-    const size_t top = m_rectangle.m_uiY + block.m_place.m_uiTop;
-    const size_t right = std::min(left + MacroblockEdge, m_uiWidth);
-    const size_t bottom = std::min(top + MacroblockEdge, m_uiHeight);
+    const size_t heat = m_kind == HeatmapKind::Bits ? block.m_record.m_uiCount : 1;
+    const size_t x0 = m_rectangle.m_uiX + block.m_place.m_uiLeft;
+    const size_t y0 = m_rectangle.m_uiY + block.m_place.m_uiTop;
+    if (x0 >= m_uiWidth || y0 >= m_uiHeight)
+        return; // Such a rectangle need not fit the cells.
+    const size_t left = x0 / m_uiEdge;
+    const size_t top = y0 / m_uiEdge;
+    const size_t right = std::min(left + MacroblockEdge / m_uiEdge, m_uiColumns);
+    const size_t bottom = std::min(top + MacroblockEdge / m_uiEdge, m_uiRows);
     for (size_t y = top; y < bottom; ++y) {
-        for (size_t x = left; x < right; ++x)
-            m_vfSums[y * m_uiWidth + x] += heat;
-    }
-}
-
-double Heatmap::GetMost() const {
-    return *std::max_element(m_vfSums.begin(), m_vfSums.end());
-}
-
-/// A coded pixel beside one that was never coded, or at the edge of the screen.
-bool Heatmap::IsEdge(size_t x, size_t y) const {
-    if (x == 0 || y == 0 || x + 1 == m_uiWidth || y + 1 == m_uiHeight)
-        return true;
-    return At(x - 1, y) == 0 || At(x + 1, y) == 0 || At(x, y - 1) == 0 || At(x, y + 1) == 0;
-}
-
-Picture Heatmap::Paint(const Picture& picture) const {
-    constexpr RgbPixel Frame{255, 255, 255};
-    const double most = GetMost();
-    Picture painted(m_uiWidth, m_uiHeight);
-    for (size_t y = 0; y < m_uiHeight; ++y) {
-        for (size_t x = 0; x < m_uiWidth; ++x) {
-            const uint8_t grey = GreyOf(picture.At(x, y));
-            if (At(x, y) == 0)
-                painted.At(x, y) = {grey, grey, grey};
-            else
-                painted.At(x, y) = IsEdge(x, y) ? Frame : Mix(ColourOf(At(x, y) / most), grey);
+        for (size_t x = left; x < right; ++x) {
+            uint32_t& sum = m_vuiSums[y * m_uiColumns + x];
+            const uint64_t more = uint64_t{sum} + heat;
+            sum = static_cast<uint32_t>(
+                std::min<uint64_t>(more, std::numeric_limits<uint32_t>::max()));
+            m_uiMostInOneUpdate = std::max(m_uiMostInOneUpdate, static_cast<uint32_t>(heat));
         }
     }
-    return painted;
+}
+
+uint32_t Heatmap::GetMost() const {
+    return *std::max_element(m_vuiSums.begin(), m_vuiSums.end());
 }
 
 } // namespace Vostrel::rctool

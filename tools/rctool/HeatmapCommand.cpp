@@ -1,9 +1,10 @@
-#include "tools/PngFile.h"
 #include "tools/rctool/Commands.h"
-#include "tools/rctool/Heatmap.h"
+#include "tools/rctool/Counted.h"
+#include "tools/rctool/HeatmapPicture.h"
 #include "tools/rctool/Options.h"
 #include "tools/rctool/OutputFile.h"
 #include "tools/rctool/PictureFile.h"
+#include "tools/rctool/Progress.h"
 #include "tools/rctool/RecordedUpdates.h"
 
 #include <cstdio>
@@ -39,8 +40,48 @@ void Describe(CLI::App& app, HeatmapRequest& request) {
                            "changes: how often they were coded [bits]");
     AddForce(app, request.m_bForce);
     app.add_flag("--quiet", request.m_bQuiet, "print nothing but errors");
-    app.footer("The picture in grey, coloured from blue (little) to red (the most) where\n"
-               "macroblocks were coded. A line frames every area of coded macroblocks.");
+    app.footer("Macroblocks that were coded in colours from blue (little) to red (the most),\n"
+               "with a legend; black where nothing was coded. Beside it the screen in grey.");
+}
+
+/// What the sums were taken over.
+struct Span {
+    size_t m_uiFirst = 0; ///< update, the first one of the screen's last size
+    size_t m_uiEnd = 0;
+};
+
+std::string TitleOf(const HeatmapRequest& request, const Span& span) {
+    std::string title =
+        request.m_kind == HeatmapKind::Bits ? "BITS A MACROBLOCK, " : "TIMES CODED, ";
+    if (request.m_update)
+        title += "UPDATE " + std::to_string(*request.m_update);
+    else if (span.m_uiFirst != 0)
+        title +=
+            "UPDATES " + std::to_string(span.m_uiFirst) + " TO " + std::to_string(span.m_uiEnd - 1);
+    else
+        title += "ALL UPDATES";
+    return title + ". BLACK: NOT CODED";
+}
+
+std::string InUnits(uint32_t heat, HeatmapKind kind) {
+    return kind == HeatmapKind::Bits ? Counted(heat, "bit") + " a macroblock"
+                                     : "coded " + Counted(heat, "time");
+}
+
+void PrintMost(const HeatmapRequest& request, const Heatmap& heatmap, const Span& span) {
+    std::FILE* const text = TextStream({request.m_output});
+    const std::string most = InUnits(heatmap.GetMost(), request.m_kind);
+    if (request.m_update) {
+        std::fprintf(text, "the most in update %zu: %s\n", *request.m_update, most.c_str());
+        return;
+    }
+    const std::string one = InUnits(heatmap.GetMostInOneUpdate(), request.m_kind);
+    std::fprintf(text, "the most in one update: %s\n", one.c_str());
+    if (span.m_uiFirst == 0)
+        std::fprintf(text, "the most in the whole recording: %s\n", most.c_str());
+    else
+        std::fprintf(text, "the most since update %zu, when the size changed: %s\n", span.m_uiFirst,
+                     most.c_str());
 }
 
 /// Replaying may take long.
@@ -57,32 +98,36 @@ int MakeHeatmap(const HeatmapRequest& request) {
     recording::PlayerOptions options;
     options.m_target = recording::Target::Argb;
     Player player(header, options);
-    size_t number = 0;
-    size_t failures = 0;
-    size_t recordedFailures = 0;
+    Span span;
+    size_t failures = 0; ///< that the recording does not have
     Heatmap heatmap(header.m_settings.m_uiWidth, header.m_settings.m_uiHeight, request.m_kind);
+    Progress progress("heatmap", "update", CountUpdates(reader), !request.m_bQuiet);
     ForEachUpdate(reader, player, [&](const RecordedUpdate& update) {
-        failures += player.Play(update).m_failure.empty() ? 0 : 1;
-        recordedFailures += update.m_result == recording::FailedResult ? 1 : 0;
+        progress.Step();
+        const bool failed = !player.Play(update).m_failure.empty();
+        failures += failed && update.m_result != recording::FailedResult ? 1 : 0;
         const recording::Framebuffer& screen = player.GetFramebuffer();
-        heatmap.UseSize(screen.GetWidth(), screen.GetHeight());
-        if (number == request.m_update.value_or(number)) {
+        if (heatmap.UseSize(screen.GetWidth(), screen.GetHeight()))
+            span.m_uiFirst = span.m_uiEnd;
+        if (span.m_uiEnd == request.m_update.value_or(span.m_uiEnd)) {
             heatmap.BeginUpdate(update.m_encoded.m_rectangle);
             WalkerOf(reader, update).Walk(update.m_encoded, heatmap);
         }
-        return number++ != request.m_update;
+        return span.m_uiEnd++ != request.m_update;
     });
-    if (request.m_update && *request.m_update >= number)
-        throw NoSuchUpdate(request.m_recording, number);
+    progress.Clear();
+    if (request.m_update && *request.m_update >= span.m_uiEnd)
+        return ReportNoSuchUpdate(request.m_recording, span.m_uiEnd, reader.GetEnd());
     WriteWhole(request.m_output, request.m_bForce, [&](std::FILE* file) {
-        streamencoder::WritePng(file, OutputName(request.m_output),
-                                heatmap.Paint(player.GetFramebuffer().GetPicture()));
+        Progress rows("heatmap", "row", heatmap.GetHeight(), !request.m_bQuiet);
+        WriteHeatmap(file, OutputName(request.m_output), heatmap, player.GetFramebuffer(),
+                     TitleOf(request, span), rows);
     });
     if (!request.m_bQuiet)
-        std::fprintf(TextStream({request.m_output}), "the most: %.0f %s\n", heatmap.GetMost(),
-                     request.m_kind == HeatmapKind::Bits ? "bits a macroblock" : "times");
+        PrintMost(request, heatmap, span);
     const int end = ReportEnd(request.m_recording, reader.GetEnd());
-    return ReportFailures(failures, recordedFailures) ? int{UpdateFailed} : end;
+    const int outcome = ReportFailures(failures);
+    return outcome != Done ? outcome : end;
 }
 
 } // namespace

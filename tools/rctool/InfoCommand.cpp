@@ -2,6 +2,7 @@
 #include "tools/rctool/InfoReport.h"
 #include "tools/rctool/Interruption.h"
 #include "tools/rctool/Options.h"
+#include "tools/rctool/Progress.h"
 #include "tools/rctool/RecordedUpdates.h"
 
 namespace Vostrel::rctool {
@@ -39,9 +40,12 @@ public:
         m_report.m_uiPayloadBytes += encoded.m_vuiPayload.size();
         m_report.m_uiLastTime = update.m_uiTime;
         m_report.m_uiChecksums += update.m_coverage != recording::Coverage::Nothing ? 1 : 0;
-        m_report.m_uiRecordedFailures += update.m_result == recording::FailedResult ? 1 : 0;
+        const bool failedBefore = update.m_result == recording::FailedResult;
+        m_report.m_uiRecordedFailures += failedBefore ? 1 : 0;
         if (const auto end = WalkerOf(m_reader, update).Walk(encoded, decoder.m_statistics))
             decoder.m_statistics.AddUpdate(*end, encoded.m_vuiPayload.size());
+        else
+            m_report.m_uiUnexpectedFailures += failedBefore ? 0 : 1;
     }
     void operator()(const recording::Settings&) { ++m_report.m_uiSettingsChanges; }
     void operator()(const recording::RecordedPicture&) { ++m_report.m_uiPictures; }
@@ -62,18 +66,21 @@ int Info(const InfoRequest& request) {
     report.m_header = reader.GetHeader();
     report.m_bIndexed = reader.ReadIndex().has_value();
     InfoCollector collector(report, reader);
+    Progress progress("info", "record", 0);
     while (const auto record = reader.Next()) {
         CheckForInterruption();
+        progress.Step();
         std::visit(collector, *record);
     }
+    progress.Clear();
     report.m_end = reader.GetEnd();
     if (request.m_bJson)
         PrintJson(report);
     else
         PrintText(report);
     const int end = ReportEnd(request.m_recording, reader.GetEnd());
-    const bool unexpectedFaults = report.Total().m_uiFaults > report.m_uiRecordedFailures;
-    return unexpectedFaults ? int{UpdateFailed} : end;
+    const int outcome = ReportFailures(report.m_uiUnexpectedFailures);
+    return outcome != Done ? outcome : end;
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "tools/rctool/InfoReport.h"
 
+#include "tools/rctool/Counted.h"
 #include "tools/rctool/Names.h"
 #include "tools/rctool/UpdateJson.h"
 
@@ -96,7 +97,8 @@ void PrintDecoders(const std::vector<DecoderReport>& decoders) {
         if (decoders.size() == 1)
             std::printf("stream         ");
         else
-            std::printf("decoder %-3zu    %zu updates, ", i, decoders[i].m_uiUpdates);
+            std::printf("decoder %-3zu    %s, ", i,
+                        Counted(decoders[i].m_uiUpdates, "update").c_str());
         std::printf("%s %s, protocol version %u, %s\n", NameOf(format.m_codec),
                     NameOf(format.m_chroma), format.m_uiProtocolVersion, NameOf(format.m_layout));
     }
@@ -108,16 +110,18 @@ void PrintHeader(const InfoReport& report) {
     std::printf("framebuffer    %u x %u, %s\n", settings.m_uiWidth, settings.m_uiHeight,
                 NameOf(settings.m_sink));
     PrintDecoders(report.m_vDecoders);
-    std::printf("drawing        contrast %u, post-processing %s, %s kernels, %u threads\n",
+    std::printf("drawing        contrast %u, post-processing %s, %s kernels, %s\n",
                 settings.m_uiContrast, settings.m_bPostprocessing ? "on" : "off",
-                NameOf(settings.m_kernels), header.m_uiThreads);
-    std::printf("recording      %zu updates in %.3f s, %zu bytes of data, %zu checksums, %s, %s\n",
-                report.m_uiUpdates, static_cast<double>(report.m_uiLastTime) / 1e6,
-                report.m_uiPayloadBytes, report.m_uiChecksums, NameOfEnd(report.m_end.m_kind),
+                NameOf(settings.m_kernels), Counted(header.m_uiThreads, "thread").c_str());
+    std::printf("recording      %s in %.3f s, %s of data, %s, %s, %s\n",
+                Counted(report.m_uiUpdates, "update").c_str(),
+                static_cast<double>(report.m_uiLastTime) / 1e6,
+                Counted(report.m_uiPayloadBytes, "byte").c_str(),
+                Counted(report.m_uiChecksums, "checksum").c_str(), NameOfEnd(report.m_end.m_kind),
                 report.m_bIndexed ? "indexed" : "no index");
     if (report.m_uiSettingsChanges + report.m_uiPictures != 0)
-        std::printf("other records  %zu settings, %zu pictures\n", report.m_uiSettingsChanges,
-                    report.m_uiPictures);
+        std::printf("other records  %zu settings, %s\n", report.m_uiSettingsChanges,
+                    Counted(report.m_uiPictures, "picture").c_str());
     const size_t faults = report.Total().m_uiFaults;
     if (report.m_uiRecordedFailures + faults != 0)
         std::printf("failures       %zu recorded, %zu found\n", report.m_uiRecordedFailures,
@@ -129,7 +133,7 @@ void PrintMacroblocks(const InfoReport& report, const StreamStatistics& statisti
     const size_t skipped = SkippedOf(statistics);
     std::printf("qualities     ");
     for (const auto& [quality, updates] : report.m_qualities)
-        std::printf(" %u (%zu updates)", quality, updates);
+        std::printf(" %u (%s)", quality, Counted(updates, "update").c_str());
     std::printf("\nmacroblocks    %zu, %zu skipped (%.1f %%), %zu coded\n",
                 statistics.m_uiMacroblocks, skipped, Percent(skipped, statistics.m_uiMacroblocks),
                 statistics.m_vuiMacroblockBits.size());
@@ -150,11 +154,13 @@ void PrintSymbols(const StreamStatistics& statistics, size_t payloadBits) {
     std::stable_sort(symbols.begin(), symbols.end(), [](const auto& a, const auto& b) {
         return a.second.m_uiBits > b.second.m_uiBits;
     });
-    std::printf("symbols        %zu kinds, by their share of the bits:\n", symbols.size());
+    std::printf("symbols        %s, by their share of the bits:\n",
+                Counted(symbols.size(), "kind").c_str());
     symbols.resize(std::min(symbols.size(), SymbolsInText));
     for (const auto& [symbolClass, count] : symbols)
-        std::printf("  %-10s %9zu times %6.1f %%\n", walker::NameOf(symbolClass).c_str(),
-                    count.m_uiCount, Percent(count.m_uiBits, payloadBits));
+        std::printf("  %-10s %9zu %-5s %6.1f %%\n", walker::NameOf(symbolClass).c_str(),
+                    count.m_uiCount, Plural(count.m_uiCount, "time").c_str(),
+                    Percent(count.m_uiBits, payloadBits));
 }
 
 nlohmann::ordered_json ToJson(const DecoderReport& decoder) {

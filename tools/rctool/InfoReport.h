@@ -30,6 +30,7 @@ struct InfoReport {
     uint64_t m_uiLastTime = 0; ///< microseconds
     size_t m_uiChecksums = 0;
     size_t m_uiRecordedFailures = 0;
+    size_t m_uiUnexpectedFailures = 0; ///< updates that fail and did not when they were recorded
     size_t m_uiSettingsChanges = 0;
     size_t m_uiPictures = 0;
     std::vector<std::string> m_vNotes;

@@ -1,4 +1,5 @@
 #include "tools/rctool/Commands.h"
+#include "tools/rctool/Counted.h"
 #include "tools/rctool/InspectReport.h"
 #include "tools/rctool/Interruption.h"
 #include "tools/rctool/Options.h"
@@ -15,6 +16,7 @@ struct InspectRequest {
     size_t m_uiUpdate = 0;
     std::optional<size_t> m_macroblock;
     bool m_bSymbols = false;
+    bool m_bWithoutReplay = false;
     bool m_bJson = false;
 };
 
@@ -27,12 +29,17 @@ void Describe(CLI::App& app, InspectRequest& request) {
         ->type_name("N");
     app.add_flag("--symbols", request.m_bSymbols, "every code and value of the tiles");
     app.add_flag("--json", request.m_bJson, "as JSON");
+    app.add_flag("--no-replay", request.m_bWithoutReplay,
+                 "do not decode up to the update to compare its picture\n"
+                 "with the recorded checksum");
     app.footer("Offsets count the bits of the update's data, from 0. A macroblock begins with\n"
-               "its skip code. Of data that cannot be decoded the first wrong bit is named,\n"
-               "with what should be there; the exit status is then 3.");
+               "its skip code. Of data that cannot be decoded: the bit at which decoding\n"
+               "stops, and the bits among which the fault is. The status is then 3, or 0 if\n"
+               "the update failed when it was recorded. It is 4 for one that decodes, but not\n"
+               "to the recorded picture.");
 }
 
-/// Keeps of a walk what is to be told.
+/// Keeps of a walk what is to be reported.
 class InspectCollector : public walker::IStreamVisitor {
 public:
     InspectCollector(InspectReport& report, bool withSymbols)
@@ -77,23 +84,54 @@ private:
     SeenBlock m_block; ///< that is being walked
 };
 
+void CheckMacroblock(const InspectRequest& request, const recording::RecordedUpdate& update) {
+    const size_t macroblocks = update.m_encoded.m_rectangle.MacroblockCount();
+    if (request.m_macroblock && *request.m_macroblock >= macroblocks)
+        throw std::invalid_argument("The update has " + Counted(macroblocks, "macroblock") +
+                                    ", counted from 0");
+}
+
+/// Walks the update of the report, which the reader delivered last.
+void WalkUpdate(const recording::RecordingReader& reader, bool withSymbols, InspectReport& report) {
+    const walker::StreamWalker streamWalker = WalkerOf(reader, report.m_update);
+    const auto& encoded = report.m_update.m_encoded;
+    InspectCollector collector(report, withSymbols);
+    report.m_uiUsedQuality = walker::UsedQuality(streamWalker.GetFormat(), encoded.m_uiQuality);
+    report.m_end = streamWalker.Walk(encoded, collector);
+}
+
+/// Of the update alone, as `decode --verify` returns it for a recording of one update.
+int OutcomeOf(const InspectReport& report) {
+    const bool failed = report.m_fault || !report.m_replay.m_failure.empty();
+    if (failed && report.m_update.m_result != recording::FailedResult)
+        return UpdateFailed;
+    return report.m_replay.m_vDifferences.empty() ? Done : NotVerified;
+}
+
 int Inspect(const InspectRequest& request) {
     recording::RecordingReader reader(request.m_recording);
+    const recording::RecordingEnd end = ReadToEnd(reader);
+    const auto index = reader.FindUpdates();
+    if (request.m_uiUpdate >= index.size())
+        return ReportNoSuchUpdate(request.m_recording, index.size(), end);
+    reader.GoTo(index[request.m_uiUpdate].m_uiOffset);
+    const auto record = reader.Next();
+    if (!record)
+        return ReportEnd(request.m_recording, reader.GetEnd());
+
     InspectReport report;
     report.m_uiNumber = request.m_uiUpdate;
-    report.m_update = ReadUpdate(reader, request.m_recording, request.m_uiUpdate);
+    report.m_update = std::get<recording::RecordedUpdate>(*record);
     report.m_codec = reader.GetDecoders().at(report.m_update.m_uiDecoder).m_codec;
     report.m_macroblock = request.m_macroblock;
-    const auto& encoded = report.m_update.m_encoded;
-    const size_t macroblocks = encoded.m_rectangle.MacroblockCount();
-    if (request.m_macroblock && *request.m_macroblock >= macroblocks)
-        throw std::invalid_argument("The update has " + std::to_string(macroblocks) +
-                                    " macroblocks, counted from 0");
-
-    InspectCollector collector(report, request.m_bSymbols);
-    report.m_end = WalkerOf(reader, report.m_update).Walk(encoded, collector);
+    CheckMacroblock(request, report.m_update);
+    WalkUpdate(reader, request.m_bSymbols, report);
+    report.m_replay = request.m_bWithoutReplay ? Replay{"--no-replay", "", {}, {}}
+                                               : ReplayUpTo(reader, request.m_uiUpdate);
     (request.m_bJson ? PrintJson : PrintText)(report);
-    return report.m_fault ? UpdateFailed : Done;
+    const int outcome = OutcomeOf(report);
+    const int state = ReportEnd(request.m_recording, end);
+    return outcome != Done ? outcome : state;
 }
 
 } // namespace

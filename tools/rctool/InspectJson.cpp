@@ -47,6 +47,8 @@ Json ToJson(const walker::Macroblock& block) {
 
 Json ToJson(const walker::StreamFault& fault) {
     Json json = {{"bit", fault.m_uiBit},
+                 {"range", ToJson(fault.m_range)},
+                 {"dataMayBeCut", fault.m_bMayBeCut},
                  {"expected", fault.m_expected},
                  {"found", fault.m_found},
                  {"failure", fault.m_failure}};
@@ -54,6 +56,25 @@ Json ToJson(const walker::StreamFault& fault) {
         json["macroblock"] = *fault.m_macroblock;
     if (fault.m_tile)
         json["tile"] = *fault.m_tile;
+    return json;
+}
+
+Json ToJson(const Difference& difference) {
+    return {{"what", difference.m_what},
+            {"found", difference.m_found},
+            {"recorded", difference.m_recorded}};
+}
+
+Json ToJson(const Replay& replay) {
+    const bool compared = replay.m_notCompared.empty();
+    const bool same = compared && replay.m_vDifferences.empty();
+    Json json = {{"outcome", !compared ? "not compared" : same ? "same" : "differs"}};
+    if (!compared)
+        json["reason"] = replay.m_notCompared;
+    for (const Difference& difference : replay.m_vDifferences)
+        json["differences"].push_back(ToJson(difference));
+    if (replay.m_firstDifferent)
+        json["firstDifferentUpdate"] = *replay.m_firstDifferent;
     return json;
 }
 
@@ -85,6 +106,7 @@ void PrintJson(const InspectReport& report) {
     Json json = {{"update", report.m_uiNumber},
                  {"time", report.m_update.m_uiTime},
                  {"quality", encoded.m_uiQuality},
+                 {"usedQuality", report.m_uiUsedQuality},
                  {"x", area.m_uiX},
                  {"y", area.m_uiY},
                  {"width", area.m_uiWidth},
@@ -100,6 +122,9 @@ void PrintJson(const InspectReport& report) {
                        {"coded", report.m_end->m_uiCoded},
                        {"of", report.m_end->m_uiMacroblocks},
                        {"skip", ToJson(report.m_lastSkip.m_bits)}};
+    if (report.m_update.m_result)
+        json["failedWhenRecorded"] = report.m_update.m_result == recording::FailedResult;
+    json["comparison"] = ToJson(report.m_replay);
     constexpr int Indent = 1;
     std::puts(json.dump(Indent).c_str());
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tools/rctool/Comparison.h"
 #include "tools/recording/Recording.h"
 #include "tools/walker/WalkedStream.h"
 
@@ -8,13 +9,13 @@
 
 namespace Vostrel::rctool {
 
-/// What is told of a tile.
+/// What is reported of a tile.
 struct SeenTile {
     std::optional<walker::Tile> m_tile; ///< nothing for one that a fault ended
     std::vector<walker::Symbol> m_vSymbols;
 };
 
-/// What is told of a coded macroblock.
+/// What is reported of a coded macroblock.
 struct SeenBlock {
     walker::SkipCode m_skip;
     std::optional<walker::Macroblock> m_block; ///< nothing for one that a fault ended
@@ -26,11 +27,13 @@ struct InspectReport {
     recording::Codec m_codec{};
     size_t m_uiNumber = 0; ///< of the update in its recording
     recording::RecordedUpdate m_update;
-    std::optional<size_t> m_macroblock; ///< the only one that is told of
+    uint32_t m_uiUsedQuality = 0;       ///< what the decoder makes of the update's quality
+    std::optional<size_t> m_macroblock; ///< the only one that is reported
     std::vector<SeenBlock> m_vBlocks;
     walker::SkipCode m_lastSkip;
     std::optional<walker::StreamFault> m_fault; ///< or else the end
     std::optional<walker::WalkEnd> m_end;
+    Replay m_replay;
 };
 
 /// Write to the standard output.

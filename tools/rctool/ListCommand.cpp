@@ -1,4 +1,6 @@
 #include "tools/rctool/Commands.h"
+#include "tools/rctool/Counted.h"
+#include "tools/rctool/Interruption.h"
 #include "tools/rctool/Names.h"
 #include "tools/rctool/Options.h"
 #include "tools/rctool/RecordedUpdates.h"
@@ -34,11 +36,12 @@ std::string ToText(const UpdateRectangle& area) {
 void PrintLine(const RecordingReader& reader, const RecordedUpdate& update, size_t number) {
     const auto& encoded = update.m_encoded;
     const auto changed = ChangedPart(update);
-    std::printf("%5zu %12.6f s  decoder %u %s  quality %-2u  %-20s %8zu bytes  %s%s\n", number,
+    std::printf("%5zu %12.6f s  decoder %u %s  quality %-2u  %-20s %8zu %-5s  %s%s\n", number,
                 static_cast<double>(update.m_uiTime) / 1e6, update.m_uiDecoder,
                 NameOf(reader.GetDecoders().at(update.m_uiDecoder).m_codec), encoded.m_uiQuality,
                 ToText(encoded.m_rectangle).c_str(), encoded.m_vuiPayload.size(),
-                NameOfResult(update), changed ? (" " + ToText(*changed)).c_str() : "");
+                Plural(encoded.m_vuiPayload.size(), "byte").c_str(), NameOfResult(update),
+                changed ? (" " + ToText(*changed)).c_str() : "");
 }
 
 /// Calls onUpdate for every update with its number.
@@ -46,6 +49,7 @@ template <class OnUpdate>
 void ReadUpdates(RecordingReader& reader, OnUpdate onUpdate) {
     size_t number = 0;
     while (const auto record = reader.Next()) {
+        CheckForInterruption();
         if (const auto* const update = std::get_if<RecordedUpdate>(&*record))
             onUpdate(*update, number++);
     }

@@ -102,14 +102,19 @@ private:
             m_manual += ".SS " + Inline(title) + "\n";
     }
 
-    /// The first two rows are the names of the columns and a line.
+    /// The first two rows are the names of the columns and a line. The names are given where there
+    /// is more than one column to tell apart.
     void AddRow(const std::string& line) {
+        const auto cells = CellsOf(line);
+        if (m_uiRows == 0)
+            m_vColumns = cells;
         if (m_uiRows++ < 2)
             return;
-        const auto cells = CellsOf(line);
+        const bool isNamed = cells.size() > 2;
         m_manual += ".TP\n" + Inline(cells.front()) + "\n";
         for (size_t i = 1; i < cells.size(); ++i)
-            m_manual += Inline(cells[i]) + "\n";
+            m_manual += (isNamed ? Inline(m_vColumns.at(i)) + ": " : "") + Inline(cells[i]) +
+                        (isNamed ? "\n.br\n" : "\n");
     }
 
     void AddCode(const std::string& line) {
@@ -129,15 +134,18 @@ private:
         std::smatch match;
         if (std::regex_match(line, match, item))
             m_manual += ".IP " + match[1].str() + ". 4\n" + Inline(match[2]) + "\n";
+        else if (StartsWith(line, "- "))
+            m_manual += ".IP \\(bu 4\n" + Inline(line.substr(2)) + "\n";
         else
             m_manual += (m_bParagraph ? "" : ".PP\n") + Inline(Trimmed(line)) + "\n";
         m_bParagraph = true;
     }
 
     std::string m_manual;
-    size_t m_uiRows = 0;       ///< of the table so far
-    bool m_bCode = false;      ///< amid lines of code
-    bool m_bParagraph = false; ///< amid a paragraph
+    size_t m_uiRows = 0;                 ///< of the table so far
+    std::vector<std::string> m_vColumns; ///< the names of its columns
+    bool m_bCode = false;                ///< amid lines of code
+    bool m_bParagraph = false;           ///< amid a paragraph
 };
 
 } // namespace

@@ -2,11 +2,53 @@
 
 #include <array>
 #include <charconv>
+#include <iomanip>
+#include <sstream>
+#include <system_error>
 #include <vector>
 
 namespace Vostrel::rctool {
 
 using recording::KernelLevel;
+
+namespace {
+
+/// parse(text) returns whether it accepts all of the text.
+template <class Value, class Parse>
+CLI::Validator InRange(const char* kind, Value least, Value most, Parse parse) {
+    constexpr int Digits = 10; // No exponents in the limits.
+    std::ostringstream range;
+    range << std::setprecision(Digits) << kind << " from " << least << " to " << most;
+    return {[=, text = range.str()](std::string& input) {
+                Value value{};
+                const char* const end = input.data() + input.size();
+                const auto [last, error] = parse(input.data(), end, value);
+                const bool good =
+                    error == std::errc{} && last == end && value >= least && value <= most;
+                return good ? std::string() : input + " is not " + text;
+            },
+            ""};
+}
+
+} // namespace
+
+std::string Plain(std::string name) {
+    std::erase(name, ':');
+    return CLI::detail::to_lower(name);
+}
+
+CLI::Validator WholeNumber(uint64_t least, uint64_t most) {
+    return InRange("a whole number", least, most,
+                   [](const char* first, const char* last, uint64_t& value) {
+                       return std::from_chars(first, last, value);
+                   });
+}
+
+CLI::Validator Number(double least, double most) {
+    return InRange("a number", least, most, [](const char* first, const char* last, double& value) {
+        return std::from_chars(first, last, value);
+    });
+}
 
 void AddRecordingArgument(CLI::App& app, std::string& path) {
     app.add_option("RECORDING", path, "a recording (.rcrec); - is the standard input")
@@ -83,7 +125,7 @@ void AddDecodingOptions(CLI::App& app, DecodingOptions& options) {
     app.add_option("--threads", options.m_threads,
                    "worker threads, 0 to 64 [as the recording wants]")
         ->type_name("N")
-        ->check(CLI::Range(0, 64).description(""));
+        ->check(WholeNumber(0, 64));
     AddKernels(app, options);
 }
 

@@ -5,6 +5,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include <cstdint>
 #include <map>
 #include <optional>
 #include <string>
@@ -12,6 +13,9 @@
 
 /// Arguments and options that several subcommands have in common.
 namespace Vostrel::rctool {
+
+/// A name as it is compared: in small letters and without colons, so that 4:2:0 is 420.
+std::string Plain(std::string name);
 
 /// The names of choices, as the validator of an option has them for completions.
 template <class Value>
@@ -30,7 +34,7 @@ CLI::Option* AddChoice(CLI::App& app, const std::string& name, Target& value,
         .add_option_function<std::string>(
             name, [&value, choices](const std::string& text) { value = choices.at(text); }, help)
         ->type_name("NAME")
-        ->check(CLI::IsMember(choices).description("").name(NamesOf(choices)));
+        ->transform(CLI::IsMember(choices, Plain).description("").name(NamesOf(choices)));
 }
 
 /// The same for several values, separated by commas.
@@ -39,7 +43,7 @@ CLI::Option* AddChoices(CLI::App& app, const std::string& name, std::vector<Valu
                         const std::map<std::string, Value>& choices, const std::string& help) {
     const auto take = [&values, name, choices](const std::string& texts) {
         for (std::string text : CLI::detail::split(texts, ',')) {
-            if (const std::string error = CLI::IsMember(choices)(text); !error.empty())
+            if (const std::string error = CLI::IsMember(choices, Plain)(text); !error.empty())
                 throw CLI::ValidationError(name, error);
             values.push_back(choices.at(text));
         }
@@ -53,6 +57,12 @@ CLI::Option* AddChoices(CLI::App& app, const std::string& name, std::vector<Valu
 void AddRectangle(CLI::App& app, const std::string& name,
                   std::optional<libimagedecoder::UpdateRectangle>& rectangle,
                   const std::string& help);
+
+/// Accepts whole numbers from least to most, and names both where it refuses.
+CLI::Validator WholeNumber(uint64_t least, uint64_t most);
+
+/// Accepts numbers from least to most. No number (nan) is refused like one outside.
+CLI::Validator Number(double least, double most);
 
 /// The options of subcommands that decode.
 struct DecodingOptions {

@@ -34,7 +34,8 @@ std::string NameOfUpdate(size_t number) {
 
 } // namespace
 
-size_t ExportRaw(recording::RecordingReader& reader, const std::string& folder, bool replace) {
+size_t ExportRaw(recording::RecordingReader& reader, const std::string& folder, bool replace,
+                 Progress& progress) {
     MakeFolder(folder);
     const std::string indexPath = folder + "/" + RawIndexName;
     CheckOutput(indexPath, replace);
@@ -47,6 +48,7 @@ size_t ExportRaw(recording::RecordingReader& reader, const std::string& folder, 
         const auto* const update = std::get_if<RecordedUpdate>(&*record);
         if (update == nullptr)
             continue;
+        progress.Step();
         const auto& payload = update->m_encoded.m_vuiPayload;
         const std::string name = NameOfUpdate(count);
         WriteBytes(folder + "/" + name, replace,

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tools/rctool/Progress.h"
 #include "tools/recording/RecordingReader.h"
 
 #include <cstddef>
@@ -11,8 +12,9 @@ namespace Vostrel::rctool {
 constexpr const char* RawIndexName = "index.json";
 
 /// Writes the data of every update to a file of its own in a folder, which is made if need be, and
-/// an index in JSON at the end. Returns how many updates there are. Throws std::runtime_error, also
-/// for a file that exists, unless it is to be replaced.
-size_t ExportRaw(recording::RecordingReader& reader, const std::string& folder, bool replace);
+/// an index in JSON at the end. progress: counts the updates. Returns how many updates there are.
+/// Throws std::runtime_error, also for a file that exists, unless it is to be replaced.
+size_t ExportRaw(recording::RecordingReader& reader, const std::string& folder, bool replace,
+                 Progress& progress);
 
 } // namespace Vostrel::rctool

@@ -1,8 +1,10 @@
 #include "tools/rctool/RecordedUpdates.h"
 
+#include "tools/rctool/Counted.h"
 #include "tools/rctool/ExitCode.h"
 
 #include <cstdio>
+#include <stdexcept>
 
 namespace Vostrel::rctool {
 
@@ -63,30 +65,39 @@ int ReportEnd(const std::string& path, const recording::RecordingEnd& end) {
     return RecordingEnds;
 }
 
-bool ReportFailures(size_t failures, size_t recordedFailures) {
-    if (failures <= recordedFailures)
-        return false;
-    std::fprintf(stderr, "rctool: %zu updates fail, %zu of them when they were recorded\n",
-                 failures, recordedFailures);
-    return true;
+int ReportFailures(size_t unexpectedFailures) {
+    if (unexpectedFailures == 0)
+        return Done;
+    std::fprintf(stderr, "rctool: %s cannot be decoded, and could when recorded\n",
+                 Counted(unexpectedFailures, "update").c_str());
+    return UpdateFailed;
 }
 
-std::invalid_argument NoSuchUpdate(const std::string& path, size_t updates) {
-    return std::invalid_argument(path + ": The recording has " + std::to_string(updates) +
-                                 " updates, counted from 0");
+int ReportNoSuchUpdate(const std::string& path, size_t updates,
+                       const recording::RecordingEnd& end) {
+    const std::string message =
+        path + ": The recording has " + Counted(updates, "update") + ", counted from 0";
+    if (end.m_kind == EndKind::Whole)
+        throw std::invalid_argument(message);
+    std::fprintf(stderr, "rctool: %s\n", message.c_str());
+    return ReportEnd(path, end);
 }
 
-recording::RecordedUpdate ReadUpdate(recording::RecordingReader& reader, const std::string& path,
-                                     size_t number) {
-    const auto index = reader.FindUpdates();
-    if (number >= index.size())
-        throw NoSuchUpdate(path, index.size());
-    reader.GoTo(index[number].m_uiOffset);
-    const auto record = reader.Next();
-    if (!record)
-        throw recording::RecordingError(path +
-                                        ": The update is damaged: " + reader.GetEnd().m_reason);
-    return std::get<recording::RecordedUpdate>(*record);
+int ReportNoUpdates(const std::string& path, const recording::RecordingEnd& end) {
+    if (end.m_kind == EndKind::Whole)
+        throw std::runtime_error(path + ": The recording holds no updates");
+    return ReportEnd(path, end);
+}
+
+size_t CountUpdates(recording::RecordingReader& reader) {
+    const auto index = reader.ReadIndex();
+    return index ? index->size() : 0;
+}
+
+recording::RecordingEnd ReadToEnd(recording::RecordingReader& reader) {
+    while (reader.Next())
+        CheckForInterruption();
+    return reader.GetEnd();
 }
 
 } // namespace Vostrel::rctool

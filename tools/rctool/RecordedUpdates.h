@@ -6,7 +6,6 @@
 #include "tools/walker/StreamWalker.h"
 
 #include <cstddef>
-#include <stdexcept>
 #include <string>
 #include <variant>
 
@@ -21,17 +20,25 @@ walker::StreamWalker WalkerOf(const recording::RecordingReader& reader,
 /// Complains about a recording that ends amid a record. Returns RecordingEnds then, Done otherwise.
 int ReportEnd(const std::string& path, const recording::RecordingEnd& end);
 
-/// Complains about updates that fail and did not when they were recorded. Returns whether there are
-/// any.
-bool ReportFailures(size_t failures, size_t recordedFailures);
+/// Complains about updates that fail and did not when they were recorded. Returns UpdateFailed if
+/// there are any, Done otherwise.
+int ReportFailures(size_t unexpectedFailures);
 
-/// The update at a number of its recording, counted from 0. Throws std::invalid_argument when there
-/// is none.
-recording::RecordedUpdate ReadUpdate(recording::RecordingReader& reader, const std::string& path,
-                                     size_t number);
+/// Complains about an update that is not among the first `updates` ones, which the recording has.
+/// Returns RecordingEnds for a recording that is cut or damaged, which may have had more. Throws
+/// std::invalid_argument for a whole one.
+int ReportNoSuchUpdate(const std::string& path, size_t updates, const recording::RecordingEnd& end);
 
-/// That a recording has no update of a number, as it has only so many.
-std::invalid_argument NoSuchUpdate(const std::string& path, size_t updates);
+/// For a recording that has no updates, or none before its end. Returns RecordingEnds for one that
+/// is cut or damaged, throws std::runtime_error for a whole one.
+int ReportNoUpdates(const std::string& path, const recording::RecordingEnd& end);
+
+/// How many updates the index of a recording names; 0 without one. For progress alone: the records
+/// may disagree.
+size_t CountUpdates(recording::RecordingReader& reader);
+
+/// Reads all records that follow. Returns how the recording ends. Throws Interrupted.
+recording::RecordingEnd ReadToEnd(recording::RecordingReader& reader);
 
 /// Feeds a player with a record that is no update. Throws what the player throws, with the record's
 /// place when the recording is at fault.

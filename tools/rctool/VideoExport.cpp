@@ -36,6 +36,7 @@ VideoPlan PlanVideo(RecordingReader& reader, std::optional<FrameRate> rate) {
     std::vector<uint64_t> times;
     reader.Restart();
     while (const auto record = reader.Next()) {
+        CheckForInterruption();
         const auto* const update = std::get_if<RecordedUpdate>(&*record);
         if (update == nullptr)
             continue;
@@ -44,9 +45,9 @@ VideoPlan PlanVideo(RecordingReader& reader, std::optional<FrameRate> rate) {
         plan.m_size.m_uiHeight = std::max<size_t>(plan.m_size.m_uiHeight, settings.m_uiHeight);
         times.push_back(update->m_uiTime);
     }
-    reader.Restart();
     if (times.empty())
-        throw std::runtime_error("The recording holds no updates");
+        return plan;
+    reader.Restart();
     if (!rate)
         rate = ConstantRate(times);
     plan.m_rate = rate.value_or(FrameRate{});
@@ -57,14 +58,15 @@ VideoPlan PlanVideo(RecordingReader& reader, std::optional<FrameRate> rate) {
     return plan;
 }
 
-VideoResult ExportVideo(RecordingReader& reader, recording::Player& player, const VideoPlan& plan,
-                        streamencoder::ChromaSubsampling chroma, std::FILE* file) {
+size_t ExportVideo(RecordingReader& reader, recording::Player& player, const VideoPlan& plan,
+                   streamencoder::ChromaSubsampling chroma, std::FILE* file, Progress& progress) {
     Y4mWriter video(file, plan.m_size, plan.m_rate, chroma);
-    VideoResult result;
+    size_t failures = 0;
     size_t number = 0;
     ForEachUpdate(reader, player, [&](const RecordedUpdate& update) {
-        result.m_uiFailures += player.Play(update).m_failure.empty() ? 0 : 1;
-        result.m_uiRecordedFailures += update.m_result == recording::FailedResult ? 1 : 0;
+        progress.Step();
+        const bool failed = !player.Play(update).m_failure.empty();
+        failures += failed && update.m_result != recording::FailedResult ? 1 : 0;
         const uint64_t frames =
             plan.m_vuiFirstFrames.at(number + 1) - plan.m_vuiFirstFrames.at(number);
         if (frames != 0)
@@ -73,7 +75,7 @@ VideoResult ExportVideo(RecordingReader& reader, recording::Player& player, cons
         ++number;
         return true;
     });
-    return result;
+    return failures;
 }
 
 } // namespace Vostrel::rctool

@@ -1,6 +1,7 @@
 #include "tools/rctool/Commands.h"
 #include "tools/rctool/Interruption.h"
 #include "tools/rctool/StandardStreams.h"
+#include "tools/rctool/UsageErrors.h"
 
 #include <cstdio>
 #include <exception>
@@ -24,13 +25,8 @@ std::optional<int> Parse(CLI::App& app, int argc, char** argv) {
         return std::nullopt;
     } catch (const CLI::Success& help) {
         return app.exit(help);
-    } catch (const CLI::RequiredError& error) {
-        const bool unknown = argc > 1 && app.get_subcommands().empty();
-        return Complain(unknown ? (argv[1] + std::string(": No such command")).c_str()
-                                : error.what(),
-                        WrongUsage);
     } catch (const CLI::ParseError& error) {
-        return Complain(error.what(), WrongUsage);
+        return Complain(UsageError(app, error).c_str(), WrongUsage);
     }
 }
 
@@ -39,20 +35,20 @@ int Fail(const char* reason, ExitCode code) {
     return GetNotedSignal() != 0 ? BySignal : Complain(reason, code);
 }
 
-int Run(const Action& action) {
+int Run(const CLI::App& app, const Action& action) {
     try {
         return action();
     } catch (const std::invalid_argument& error) {
-        return Fail(error.what(), WrongUsage);
+        return Fail((error.what() + HelpHint(app)).c_str(), WrongUsage);
     } catch (const std::exception& error) {
         return Fail(error.what(), FileFailed);
     }
 }
 
 /// Of the command and of the end of its output, the latter counts first.
-int RunToTheEnd(const Action& action) {
-    const int code = Run(action);
-    const int finished = Run([] {
+int RunToTheEnd(const CLI::App& app, const Action& action) {
+    const int code = Run(app, action);
+    const int finished = Run(app, [] {
         FinishStandardOutput();
         return Done;
     });
@@ -69,5 +65,5 @@ int main(int argc, char** argv) {
     Action action;
     const auto app = MakeApp(action);
     const std::optional<int> parsed = Parse(*app, argc, argv);
-    return RunToTheEnd(parsed ? [&] { return *parsed; } : action);
+    return RunToTheEnd(*app, parsed ? [&] { return *parsed; } : action);
 }

@@ -8,15 +8,17 @@
 
 namespace Vostrel::walker {
 
-/// Ends a walk; m_uiBit is where the field begins that could not be read.
+/// Ends a walk at a field that cannot be decoded.
 class WalkError : public std::runtime_error {
 public:
-    /// failure is the decoder's word for it.
-    WalkError(size_t bit, std::string expected, std::string found, const char* failure)
-        : std::runtime_error(failure), m_uiBit(bit), m_expected(std::move(expected)),
+    /// bit: where the field begins. end: the bits before this one decide that it is refused.
+    /// failure: the decoder's message.
+    WalkError(size_t bit, size_t end, std::string expected, std::string found, const char* failure)
+        : std::runtime_error(failure), m_uiBit(bit), m_uiEnd(end), m_expected(std::move(expected)),
           m_found(std::move(found)) {}
 
     size_t m_uiBit;
+    size_t m_uiEnd;
     std::string m_expected;
     std::string m_found;
 };
@@ -73,20 +75,18 @@ private:
     uint32_t Look(unsigned count, const char* what) {
         while (8 * m_uiFetched < m_uiPosition + count) {
             if (m_uiFetched >= m_data.size() + m_uiZeroBytes)
-                throw WalkError(m_uiPosition, what,
+                throw WalkError(m_uiPosition, 8 * m_data.size(), what,
                                 "the end of the data at bit " + std::to_string(8 * m_data.size()),
                                 OutOfBytesText);
             ++m_uiFetched;
         }
-        uint32_t bits = 0;
-        for (size_t i = m_uiPosition; i < m_uiPosition + count; ++i)
-            bits = bits << 1 | Bit(i);
-        return bits;
+        // Up to 16 bits lie in three bytes.
+        const size_t first = m_uiPosition / 8;
+        const uint32_t window = Byte(first) << 16 | Byte(first + 1) << 8 | Byte(first + 2);
+        return window >> (24 - m_uiPosition % 8 - count) & ((1U << count) - 1);
     }
 
-    uint32_t Bit(size_t i) const {
-        return i / 8 < m_data.size() ? m_data[i / 8] >> (7 - i % 8) & 1U : 0U;
-    }
+    uint32_t Byte(size_t i) const { return i < m_data.size() ? m_data[i] : 0; }
 
     std::span<const uint8_t> m_data;
     size_t m_uiZeroBytes;

@@ -17,6 +17,9 @@ struct WalkFormat {
     bool m_bPool = false; ///< a decoder with a pool is meant: records are cut by their lengths
 };
 
+/// The part of an update's quality that the decoder uses: its low 4 bits, or 3 in LBE version 0.
+uint32_t UsedQuality(const WalkFormat& format, uint32_t quality);
+
 /// What the two encodings do differently in an update.
 class BlockWalker {
 public:

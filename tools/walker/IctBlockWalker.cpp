@@ -114,7 +114,7 @@ Symbol IctBlockWalker::WalkDc(const IctCode& dc, BitCursor& bits) {
     symbol.m_kind = SymbolKind::DcDifference;
     dc.Read(bits, symbol, "a DC code");
     if (symbol.m_uiSize == libimagedecoder::IctAbortMarker)
-        throw WalkError(symbol.m_bits.m_uiFirst, "a DC code of size 0 to 11",
+        throw WalkError(symbol.m_bits.m_uiFirst, bits.GetPosition(), "a DC code of size 0 to 11",
                         symbol.m_bUnassigned ? "1111111111, which aborts the update"
                                              : "1111111110, the marker that aborts an update",
                         StreamErrorText);
@@ -131,6 +131,7 @@ Symbol IctBlockWalker::WalkAc(const IctCode& ac, size_t position, BitCursor& bit
     if (symbol.m_uiRun == 0 && symbol.m_uiSize == 0)
         return symbol;
     symbol.m_kind = symbol.m_uiSize == 0 ? SymbolKind::ZeroRun : SymbolKind::Coefficient;
+    const size_t codeEnd = bits.GetPosition();
     const uint32_t code = ac.m_encode[symbol.m_uiRun << 4 | symbol.m_uiSize].m_uiCode;
     symbol.m_iValue = ReadValue(bits, symbol.m_uiSize, "the bits of a coefficient");
     symbol.m_bits.m_uiCount += symbol.m_uiSize;
@@ -139,7 +140,7 @@ Symbol IctBlockWalker::WalkAc(const IctCode& ac, size_t position, BitCursor& bit
         return symbol;
 
     const size_t room = TileCoefficients - 1 - position;
-    throw WalkError(symbol.m_bits.m_uiFirst,
+    throw WalkError(symbol.m_bits.m_uiFirst, codeEnd,
                     room == 0 ? "an end of tile"
                               : "an end of tile or a run of at most " + std::to_string(room - 1),
                     BitText(code, symbol.m_uiCodeBits) + ": run " + std::to_string(symbol.m_uiRun) +

@@ -5,6 +5,7 @@
 #include "tools/walker/LbeBlockWalker.h"
 
 #include <algorithm>
+#include <string_view>
 
 namespace Vostrel::walker {
 
@@ -24,15 +25,21 @@ constexpr size_t BytesTouched(size_t bits) {
 
 } // namespace
 
+uint32_t UsedQuality(const WalkFormat& format, uint32_t quality) {
+    constexpr uint32_t LowFourBits = 15;
+    const bool isLbe = format.m_codec == streamencoder::Codec::Lbe;
+    return quality & (isLbe ? RulesOf(format.m_uiProtocolVersion).m_uiLbeQualityMask : LowFourBits);
+}
+
 std::unique_ptr<BlockWalker> BlockWalker::Make(const WalkFormat& format, uint32_t quality) {
     using libimagedecoder::LowestLbeQuality;
     using libimagedecoder::s_aLbeQualities;
 
     if (format.m_codec == streamencoder::Codec::Ict)
         return std::make_unique<IctBlockWalker>(format);
-    const uint32_t masked = quality & RulesOf(format.m_uiProtocolVersion).m_uiLbeQualityMask;
+    const uint32_t masked = UsedQuality(format, quality);
     if (masked - LowestLbeQuality >= s_aLbeQualities.size())
-        throw WalkError(0, "a quality of 2 to 11", "quality " + std::to_string(masked),
+        throw WalkError(0, 0, "a quality of 2 to 11", "quality " + std::to_string(masked),
                         "The quality is unknown");
     return std::make_unique<LbeBlockWalker>(format, s_aLbeQualities[masked - LowestLbeQuality]);
 }
@@ -63,6 +70,7 @@ private:
     const libimagedecoder::UpdateRules& m_rules;
     const libimagedecoder::RecordLengthCode& m_length;
     std::unique_ptr<BlockWalker> m_pBlocks;
+    size_t m_uiAfterCutRecord = 0;      ///< first bit after the last record that was cut out
     std::optional<size_t> m_macroblock; ///< the one that is being walked
     bool m_bInTiles = false;
 };
@@ -71,7 +79,7 @@ void StreamWalker::Walking::CheckRectangle(const Resolution& resolution) const {
     const UpdateRectangle& area = m_update.m_rectangle;
     if (area.m_uiWidth > RoundedUpToMacroblocks(resolution.m_uiWidth) ||
         area.m_uiHeight > RoundedUpToMacroblocks(resolution.m_uiHeight))
-        throw WalkError(0, "a rectangle no larger than the framebuffer",
+        throw WalkError(0, 0, "a rectangle no larger than the framebuffer",
                         std::to_string(area.m_uiWidth) + " x " + std::to_string(area.m_uiHeight) +
                             " pixels",
                         StreamErrorText);
@@ -135,11 +143,11 @@ void StreamWalker::Walking::WalkRecord(Macroblock& block) {
     const size_t fetched = m_bits.GetFetchedBytes();
     const std::string found = "length " + std::to_string(block.m_uiLength);
     if (end < fetched)
-        throw WalkError(block.m_length.m_uiFirst,
+        throw WalkError(block.m_length.m_uiFirst, block.m_length.End(),
                         "a length of at least " + std::to_string(fetched - start) + " bytes", found,
                         StreamErrorText);
     if (end > fetched && end > m_bits.GetSize())
-        throw WalkError(block.m_length.m_uiFirst, "a record within the data",
+        throw WalkError(block.m_length.m_uiFirst, block.m_length.End(), "a record within the data",
                         found + ", " + std::to_string(end - m_bits.GetSize()) +
                             " bytes beyond their end",
                         OutOfBytesText);
@@ -151,6 +159,7 @@ void StreamWalker::Walking::WalkRecord(Macroblock& block) {
     block.m_bCut = true;
     block.m_uiBitsBehindEnd = record.BitsBehindEnd();
     m_bits.GoToByte(end);
+    m_uiAfterCutRecord = m_bits.GetPosition();
 }
 
 void StreamWalker::Walking::WalkData(BitCursor& bits, Macroblock& block) {
@@ -162,7 +171,15 @@ void StreamWalker::Walking::WalkData(BitCursor& bits, Macroblock& block) {
 }
 
 void StreamWalker::Walking::Tell(const WalkError& error) const {
-    StreamFault fault{error.m_uiBit, error.m_expected, error.m_found, error.what(), {}, {}};
+    const size_t end = std::min(error.m_uiEnd, 8 * m_bits.GetSize());
+    StreamFault fault;
+    fault.m_uiBit = error.m_uiBit;
+    fault.m_range = {m_uiAfterCutRecord, end - std::min(end, m_uiAfterCutRecord)};
+    const bool atEndOfRecord = m_bInTiles && error.m_uiEnd < 8 * m_bits.GetSize();
+    fault.m_bMayBeCut = std::string_view(error.what()) == OutOfBytesText && !atEndOfRecord;
+    fault.m_expected = error.m_expected;
+    fault.m_found = error.m_found;
+    fault.m_failure = error.what();
     fault.m_macroblock = m_macroblock;
     if (m_bInTiles)
         fault.m_tile = m_pBlocks->GetTile().m_uiIndex;

@@ -14,6 +14,8 @@ class StreamWalker {
 public:
     explicit StreamWalker(const WalkFormat& format) : m_format(format) {}
 
+    const WalkFormat& GetFormat() const { return m_format; }
+
     /// The size that a rectangle must not exceed. Without it every rectangle is right.
     void SetResolution(uint16_t width, uint16_t height) { m_resolution = {width, height}; }
 

@@ -75,12 +75,20 @@ struct Macroblock {
     size_t m_uiBitsBehindEnd = 0; ///< read behind the end of a record that was cut, as zeros
 };
 
-/// Why an update cannot be decoded.
+/// Where and why decoding of an update stops. The wrong bit itself cannot be known: codes of
+/// variable length mostly go on decoding, to other values, for some bits after it.
 struct StreamFault {
-    size_t m_uiBit = 0;     ///< first bit of the code or field that is wrong
-    std::string m_expected; ///< what should have been there
+    size_t m_uiBit = 0; ///< first bit of the code or field that cannot be decoded
+
+    /// If the fault lies in the data, it lies in these bits; or before them in a skip code, a
+    /// length or a macroblock that was decoded in place. No later bit was needed to refuse the
+    /// update, and the tiles of a record that was cut out by its length do not affect where the
+    /// next one begins. No bits: the fault is in the quality or the rectangle, not in the data.
+    BitSpan m_range;
+    bool m_bMayBeCut = false; ///< the data ended too early: bytes at their end may be missing
+    std::string m_expected;   ///< what can stand there
     std::string m_found;
-    std::string m_failure;              ///< what the decoder says
+    std::string m_failure;              ///< the decoder's message
     std::optional<size_t> m_macroblock; ///< index of the one that it is in
     std::optional<size_t> m_tile;       ///< index in the macroblock
 };

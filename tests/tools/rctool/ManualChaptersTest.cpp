@@ -26,9 +26,13 @@ TEST(ManualChapters, ParagraphsKeepTheirLinesAndMarks) {
 }
 
 TEST(ManualChapters, RowsOfATableBecomeAListWithoutTheNamesOfItsColumns) {
-    EXPECT_EQ(
-        Converted("| status | meaning |\n|---|---|\n| 0 | done |\n| `a`, `b` | x | y |\n\nz\n"),
-        ".TP\n0\ndone\n.TP\n\\fBa\\fR, \\fBb\\fR\nx\ny\n.PP\nz\n");
+    EXPECT_EQ(Converted("| status | meaning |\n|---|---|\n| 0 | done |\n| `a`, `b` | x |\n\nz\n"),
+              ".TP\n0\ndone\n.TP\n\\fBa\\fR, \\fBb\\fR\nx\n.PP\nz\n");
+}
+
+TEST(ManualChapters, RowsOfATableOfManyColumnsNameThem) {
+    EXPECT_EQ(Converted("| file | `info` | `list` |\n|---|---|---|\n| is good | 0 | 1 |\n"),
+              ".TP\nis good\n\\fBinfo\\fR: 0\n.br\n\\fBlist\\fR: 1\n.br\n");
 }
 
 TEST(ManualChapters, IndentedCodeKeepsItsLinesAndBlanks) {
@@ -39,6 +43,11 @@ TEST(ManualChapters, IndentedCodeKeepsItsLinesAndBlanks) {
 TEST(ManualChapters, NumberedItemsGoOnInIndentedLines) {
     EXPECT_EQ(Converted("1. First\n   and more.\n2. Second\n"),
               ".IP 1. 4\nFirst\nand more.\n.IP 2. 4\nSecond\n");
+}
+
+TEST(ManualChapters, ItemsWithoutNumbersGetBullets) {
+    EXPECT_EQ(Converted("- First\n  and more.\n- Second\n"),
+              ".IP \\(bu 4\nFirst\nand more.\n.IP \\(bu 4\nSecond\n");
 }
 
 TEST(ManualChapters, TheManualPageHasEveryChapterOfTheDocumentation) {

@@ -59,7 +59,7 @@ TEST_F(RctoolCompare, ListHasALineForEveryUpdate) {
     for (const auto& use : info["bits"])
         bits += use.get<size_t>();
     EXPECT_EQ(bits, 8 * info["payloadBytes"].get<size_t>());
-    EXPECT_NE(RunRctool("info " + path).m_output.find("decoder 1      1 updates, lbe 420"),
+    EXPECT_NE(RunRctool("info " + path).m_output.find("decoder 1      1 update, lbe 420"),
               std::string::npos);
 }
 

@@ -150,7 +150,8 @@ TEST_F(Rctool, TheExtensionOfAPictureNamesItsFormat) {
     const std::string path = Recorded("--codec lbe");
     EXPECT_EQ(RunRctool("decode " + path + " -o " + In("x.jpg")).m_output,
               "rctool: " + In("x.jpg") +
-                  ": Pictures have the extension .png, .ppm, .argb or .planes\n");
+                  ": Pictures have the extension .png, .ppm, .argb or .planes; "
+                  "try rctool decode --help\n");
     EXPECT_FALSE(std::filesystem::exists(In("x.jpg")));
     const std::vector<uint8_t> png{0x89, 'P', 'N', 'G'};
     const std::vector<uint8_t> ppm{'P', '6', '\n', '8'};

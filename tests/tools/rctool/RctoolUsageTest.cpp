@@ -1,9 +1,11 @@
 #include "tests/model/CaseFile.h"
+#include "tests/tools/RawPng.h"
 #include "tests/tools/rctool/RctoolFixture.h"
 
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
+#include <regex>
 #include <sstream>
 
 namespace Vostrel::rctool {
@@ -71,8 +73,101 @@ TEST_F(Rctool, WrongUsageIsExitCode1) {
     }
 }
 
-TEST_F(Rctool, AnUnknownCommandIsNamed) {
-    EXPECT_EQ(RunRctool("encod x.png").m_output, "rctool: encod: No such command\n");
+/// What a wrong command line is answered with.
+struct UsageMistake {
+    std::string m_arguments;
+    std::string m_answer; ///< after "rctool: "
+};
+
+TEST_F(Rctool, UsageErrorsNameUnknownOptionsFirstAndEndWithTheHelpToTry) {
+    const std::string frame = ScreenPath("console-720x400-00");
+    const std::string path = RecordedBits({10, {0, 0, 16, 16}, {0xFF, 0xFF, 0xC0}});
+    for (const UsageMistake& mistake :
+         {UsageMistake{"", "A subcommand is required; try rctool --help"},
+          {"encod x.png", "encod: No such command; try rctool --help"},
+          {"--quiet", "--quiet: No such option; try rctool --help"},
+          {"encode --qualty 3 " + frame, "--qualty: No such option; try rctool encode --help"},
+          {"info --all", "--all: No such option; try rctool info --help"},
+          {"info", "RECORDING is required; try rctool info --help"},
+          {"info " + path + " more", "more: This argument is too many; try rctool info --help"},
+          {"decode --all " + path, "--all needs --output; try rctool decode --help"},
+          {"inspect --update 1 " + path,
+           path + ": The recording has 1 update, counted from 0; try rctool inspect --help"}}) {
+        const ProgramRun run = RunRctool(mistake.m_arguments);
+        EXPECT_EQ(run.m_iExitCode, 1);
+        EXPECT_EQ(run.m_output, "rctool: " + mistake.m_answer + "\n");
+    }
+}
+
+TEST_F(Rctool, NumbersOutOfRangeAreRefusedWithTheRange) {
+    const std::string encode =
+        "encode " + ScreenPath("console-720x400-00") + " -o " + In("x") + " ";
+    const std::string fps = " is not a number from 0.001 to 1000000";
+    const std::string quality = " is not a whole number from 0 to 15";
+    for (const UsageMistake& mistake :
+         {UsageMistake{encode + "--fps nan", "--fps: nan" + fps},
+          {encode + "--fps inf", "--fps: inf" + fps},
+          {encode + "--fps=-1", "--fps: -1" + fps},
+          {encode + "--fps 1x", "--fps: 1x" + fps},
+          {encode + "--quality -1", "--quality: -1" + quality},
+          {encode + "--quality 16", "--quality: 16" + quality},
+          {"export x --y4m y --fps nan", "--fps: nan" + fps},
+          {"decode x --threads 65", "--threads: 65 is not a whole number from 0 to 64"},
+          {"bench x --passes 0", "--passes: 0 is not a whole number from 1 to 1000000"}}) {
+        const ProgramRun run = RunRctool(mistake.m_arguments);
+        EXPECT_EQ(run.m_iExitCode, 1);
+        EXPECT_EQ(run.m_output.find("rctool: " + mistake.m_answer + "; try"), 0U) << run.m_output;
+    }
+}
+
+TEST_F(Rctool, NamesAreUnderstoodInCapitalsAndWithColons) {
+    const std::string path = Recorded("--codec ICT --chroma 4:2:2 --layout InPlace");
+    RecordingReader reader(path);
+    EXPECT_EQ(reader.GetHeader().m_chroma, ChromaSubsampling::Yuv422);
+    EXPECT_EQ(reader.GetHeader().m_layout, RecordLayout::InPlace);
+    EXPECT_EQ(RecordingReader(Recorded("--codec Lbe")).GetHeader().m_codec, Codec::Lbe);
+    const auto decoders = RecordingReader(Recorded("--codec LBE,Ict")).FindDecoders();
+    ASSERT_EQ(decoders.size(), 2U);
+    EXPECT_EQ(decoders[0].m_codec, Codec::Lbe);
+    EXPECT_EQ(decoders[1].m_codec, Codec::Ict);
+}
+
+TEST_F(Rctool, OneOfAThingIsNotPlural) {
+    const std::string path = RecordedBits({10, {0, 0, 16, 16}, {0xFF, 0xFF, 0xC0}}, 0);
+    EXPECT_EQ(RunRctool("decode --verify " + path).m_output,
+              "1 update, 0 failed, 1 compared, 0 differences\n");
+    const std::regex plural("\\b1 (updates|bytes|bits|macroblocks|coded macroblocks|passes|threads|"
+                            "checksums|kinds|times|symbols)\\b");
+    for (const std::string command : {"info ", "list ", "inspect ", "bench --passes 1 "}) {
+        const ProgramRun run = RunRctool(command + path);
+        EXPECT_EQ(run.m_iExitCode, 0);
+        EXPECT_FALSE(std::regex_search(run.m_output, plural)) << run.m_output;
+    }
+    EXPECT_EQ(RunRctool("export " + path + " -o " + In("raw")).m_output,
+              In("raw") + ": 1 update\n");
+    EXPECT_EQ(RunRctool("export " + path + " --y4m " + In("x.y4m")).m_output,
+              In("x.y4m") + ": 32 x 16, 1 frame at 25/1 a second\n");
+    const std::string byte = RecordedBits({10, {0, 0, 16, 16}, {0xFF}});
+    EXPECT_NE(RunRctool("list " + byte).m_output.find(" 1 byte   unknown\n"), std::string::npos);
+}
+
+TEST_F(Rctool, EncodeReportsWhatIsLostOfAPicture) {
+    using streamencoder::PngColour;
+    using streamencoder::RawPng;
+    RawPng(8, PngColour::Rgba).Write(In("alpha.png"), {1, 2, 3, 4});
+    RawPng(16, PngColour::Rgb).Write(In("deep.png"), {1, 2, 3, 4, 5, 6});
+    const auto errorsOf = [&](const std::string& options) {
+        return RunRctool("encode --force -o " + In("x.rcrec") + " " + options, "2>&1 >/dev/null")
+            .m_output;
+    };
+    EXPECT_EQ(errorsOf(In("alpha.png")),
+              "rctool: " + In("alpha.png") + ": Its transparent parts are blended with black\n");
+    EXPECT_EQ(errorsOf(In("deep.png")),
+              "rctool: " + In("deep.png") + ": Its 16-bit samples are rounded to 8 bits\n");
+    EXPECT_EQ(errorsOf("- < " + In("alpha.png")),
+              "rctool: standard input, picture 0: Its transparent parts are blended with black\n");
+    EXPECT_EQ(errorsOf("--quiet " + In("alpha.png")), "");
+    EXPECT_EQ(errorsOf(ScreenPath("console-720x400-00")), "");
 }
 
 TEST_F(Rctool, FailingFilesAreExitCode2AndNamed) {
@@ -147,8 +242,14 @@ TEST_F(Rctool, ACutRecordingIsDoneUpToTheCutAndExitCode5) {
     for (const std::string& command :
          {std::string("info "), std::string("bench --passes 1 "), "heatmap -o " + In("x.png ")})
         EXPECT_EQ(RunRctool(command + In("cut.rcrec")).m_iExitCode, 5);
-    EXPECT_EQ(RunRctool("inspect " + In("cut.rcrec")).m_iExitCode, 0);
-    EXPECT_EQ(RunRctool("inspect --update 1 " + In("cut.rcrec")).m_iExitCode, 1);
+    for (const std::string& command :
+         {std::string("inspect --update 1 "), "heatmap --update 1 -o " + In("y.png ")}) {
+        const ProgramRun later = RunRctool(command + In("cut.rcrec"));
+        EXPECT_EQ(later.m_iExitCode, 5);
+        EXPECT_NE(later.m_output.find("The recording has 1 update, counted from 0"),
+                  std::string::npos)
+            << later.m_output;
+    }
 }
 
 TEST_F(Rctool, AnUpdateThatFailsIsExitCode3UnlessItFailedWhenRecorded) {

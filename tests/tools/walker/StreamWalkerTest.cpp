@@ -210,6 +210,64 @@ TEST(StreamWalker, NamesARectangleLargerThanTheScreen) {
     EXPECT_EQ(told.m_vFaults.at(0).m_found, "33 x 16 pixels");
 }
 
+TEST(StreamWalker, TheRangeOfAFaultEndsWithTheCodeThatIsRefused) {
+    // The abort marker, which has 10 bits, at bit 1 + 6: what follows it was not needed.
+    Told told;
+    StreamWalker(Ict1).Walk(UpdateOf("0 00 1010 1111111110 000000000000000", 16, 16), told);
+    EXPECT_EQ(told.m_vFaults.at(0).m_range, (BitSpan{0, 7 + 10}));
+    EXPECT_FALSE(told.m_vFaults[0].m_bMayBeCut);
+    // Of a coefficient that lies past the tile the code decides, not the bits of its level.
+    const std::string zrl = "11111111001";
+    const std::string run15size2 = "1111111111110110";
+    Told past;
+    StreamWalker(Ict1).Walk(UpdateOf("0 00" + zrl + zrl + zrl + run15size2 + "11 000000", 16, 16),
+                            past);
+    EXPECT_EQ(past.m_vFaults.at(0).m_uiBit, 3 + 33U);
+    EXPECT_EQ(past.m_vFaults[0].m_range, (BitSpan{0, 3 + 33 + 16}));
+}
+
+TEST(StreamWalker, TheRangeOfAFaultBeginsAfterTheLastRecordThatWasCutOut) {
+    const std::string record = std::string("0 00000110") + FlatMacroblock420 + "0000000";
+    const std::string aborts = "0 00000110 00 1010 1111111110" + std::string(23, '0');
+    Told told;
+    StreamWalker(IctPool).Walk(UpdateOf(record + record + aborts + EndMarker, 48, 16), told);
+    ASSERT_EQ(told.m_vFaults.size(), 1U);
+    EXPECT_EQ(told.m_vFaults[0].m_range, (BitSpan{96, 9 + 6 + 10}));
+}
+
+TEST(StreamWalker, TheRangeOfAFaultReachesToTheEndOfDataThatMayBeCut) {
+    Told cut;
+    StreamWalker(Ict1).Walk(UpdateOf("0 00 1010 0", 16, 16), cut);
+    EXPECT_EQ(cut.m_vFaults.at(0).m_range, (BitSpan{0, 8}));
+    EXPECT_TRUE(cut.m_vFaults[0].m_bMayBeCut);
+    // A record that ends too early lies whole in the data.
+    Told record;
+    StreamWalker(IctPool).Walk(
+        UpdateOf("0 00000011" + std::string(15, '0') + std::string(64, '0'), 16, 16), record);
+    EXPECT_EQ(record.m_vFaults.at(0).m_failure, "Stream has no more bytes!");
+    EXPECT_EQ(record.m_vFaults[0].m_range, (BitSpan{0, 24}));
+    EXPECT_FALSE(record.m_vFaults[0].m_bMayBeCut);
+}
+
+TEST(StreamWalker, TheRangeIsEmptyForAFaultOutsideTheData) {
+    Told quality;
+    const WalkFormat lbe{Codec::Lbe, 1, ChromaSubsampling::Yuv420, false};
+    StreamWalker(lbe).Walk(UpdateOf(EndMarker, 16, 16, 12), quality);
+    EXPECT_EQ(quality.m_vFaults.at(0).m_range.m_uiCount, 0U);
+    StreamWalker small(Ict1);
+    small.SetResolution(16, 16);
+    Told rectangle;
+    small.Walk(UpdateOf(EndMarker, 48, 16), rectangle);
+    EXPECT_EQ(rectangle.m_vFaults.at(0).m_range.m_uiCount, 0U);
+}
+
+TEST(StreamWalker, TheDecoderUsesTheLowBitsOfAQuality) {
+    EXPECT_EQ(UsedQuality(Ict1, 26), 10U);
+    EXPECT_EQ(UsedQuality({Codec::Ict, 0, ChromaSubsampling::Yuv420, false}, 31), 15U);
+    EXPECT_EQ(UsedQuality({Codec::Lbe, 0, ChromaSubsampling::Yuv420, false}, 26), 2U);
+    EXPECT_EQ(UsedQuality({Codec::Lbe, 1, ChromaSubsampling::Yuv420, false}, 26), 10U);
+}
+
 /// The case files' updates, each with what a walker needs.
 struct WalkedCase {
     model::CaseLife m_life;
@@ -288,6 +346,48 @@ TEST(StreamStatistics, ZerosReadBehindTheDataAreTakenFromTheFilling) {
     ASSERT_TRUE(end);
     statistics.AddUpdate(*end, update.m_vuiPayload.size());
     EXPECT_EQ(statistics.m_iFillingBits, -1);
+}
+
+/// Whether a bit lies in a skip code, a length or a macroblock that was decoded in place.
+bool DecidesWhereRecordsBegin(const Told& told, size_t bit) {
+    const auto covers = [bit](const BitSpan& span) {
+        return span.m_uiFirst <= bit && bit < span.End();
+    };
+    const auto skip = [&](const SkipCode& code) { return covers(code.m_bits); };
+    const auto block = [&](const Macroblock& walked) {
+        return covers(walked.m_length) || (!walked.m_bCut && covers(walked.m_data));
+    };
+    return std::any_of(told.m_vSkips.begin(), told.m_vSkips.end(), skip) ||
+           std::any_of(told.m_vBlocks.begin(), told.m_vBlocks.end(), block);
+}
+
+TEST(StreamWalker, TheRangeOfAFaultHoldsTheBitThatWasFlipped) {
+    tests::Random random;
+    const auto cases = WalkedCases();
+    size_t faults = 0;
+    size_t laterRanges = 0;
+    for (int round = 0; round < 6000; ++round) {
+        const WalkedCase& walked = cases[random.Below(cases.size())];
+        const StreamWalker streamWalker(walked.m_format);
+        const auto& updates = walked.m_life.updates;
+        EncodedUpdate update = ToEncoded(updates[random.Below(updates.size())]);
+        const size_t bytes = update.m_vuiPayload.size();
+        Told good;
+        if (bytes == 0 || bytes > 4096 || !streamWalker.Walk(update, good))
+            continue;
+        const size_t bit = random.Below(8 * bytes);
+        update.m_vuiPayload[bit / 8] ^= static_cast<uint8_t>(0x80U >> bit % 8);
+        Told told;
+        if (streamWalker.Walk(update, told))
+            continue;
+        const BitSpan range = told.m_vFaults.at(0).m_range;
+        ++faults;
+        laterRanges += range.m_uiFirst != 0;
+        ASSERT_LT(bit, range.End()) << round;
+        ASSERT_TRUE(bit >= range.m_uiFirst || DecidesWhereRecordsBegin(good, bit)) << round;
+    }
+    EXPECT_GT(faults, 300U);
+    EXPECT_GT(laterRanges, 30U);
 }
 
 TEST(StreamWalker, FailsAsTheModelDoesOnSpoiledUpdates) {

@@ -81,8 +81,8 @@ final class ReplayCommand {
                     player.differing());
             ExitStatus end = reportEnd(player.recording());
             ExitStatus outcome = report.outcome();
-            if (outcome == ExitStatus.DONE && end == ExitStatus.DONE && report.isEmpty()) {
-                print("The recording holds nothing to compare%n");
+            if (outcome == ExitStatus.DONE && end == ExitStatus.DONE && report.isEmpty(player)) {
+                print("The recording holds nothing that can be compared here%n");
                 return ExitStatus.NOT_VERIFIED;
             }
             return outcome != ExitStatus.DONE ? outcome : end;

@@ -9,29 +9,33 @@ final class ReplayReport {
     private static final long FAILED = -1;
 
     private long lines;
-    private long compared;
+    private long results;
     private long unexpectedFailures;
     private long differences;
 
     /** Takes the player's last update. */
     void add(RecordingPlayer player) {
         RecordingEntry.Update update = player.lastUpdate();
-        boolean hasChecksum = update.covering() != RecordingEntry.Covering.NOTHING;
-        compared += update.resultKnown() || hasChecksum ? 1 : 0;
+        results += update.resultKnown() ? 1 : 0;
         boolean failedBefore = update.resultKnown() && update.result() == FAILED;
         if (!player.failure().isEmpty()) {
             unexpectedFailures += failedBefore ? 0 : 1;
-            String before =
-                    failedBefore
-                            ? ", as when it was recorded"
-                            : "; when it was recorded, it could be decoded";
-            print(player, player.failure() + before);
+            print(player, player.failure() + before(update, failedBefore));
         }
         boolean sameFailure = player.failure().isEmpty() || failedBefore;
         if (!player.difference().isEmpty() && sameFailure) {
             differences++;
             print(player, update.header() + ": " + player.difference());
         }
+    }
+
+    private static String before(RecordingEntry.Update update, boolean failed) {
+        if (failed) {
+            return ", as when it was recorded";
+        }
+        return update.resultKnown()
+                ? "; when it was recorded, it could be decoded"
+                : "; whether it failed when it was recorded is unknown";
     }
 
     private void print(RecordingPlayer player, String text) {
@@ -43,9 +47,9 @@ final class ReplayReport {
         }
     }
 
-    /** Whether there was nothing to compare. */
-    boolean isEmpty() {
-        return compared == 0;
+    /** Whether nothing was compared by the player up to its last update. */
+    boolean isEmpty(RecordingPlayer player) {
+        return results == 0 && player.checksums() == 0;
     }
 
     ExitStatus outcome() {

@@ -23,6 +23,8 @@ final class RecordingFileTest {
                     + "524352801c000000010000002800000000000000c4090000000000005b0000"
                     + "0000000000cadc69de";
 
+    private static final int FIELDS_OFFSET = 40 + 8;
+
     private final RecordingRun run = new RecordingRun();
 
     private RecordingFileTest() {}
@@ -107,9 +109,8 @@ final class RecordingFileTest {
         run.test(
                 "the checksum of a rectangle of planes, which have none, is passed over",
                 file -> {
-                    int fieldsOffset = 40 + 8;
                     int coveringRectangle = 0x02010024;
-                    byte[] recording = exampleWith(fieldsOffset, coveringRectangle);
+                    byte[] recording = exampleWith(FIELDS_OFFSET, coveringRectangle);
                     Files.write(file, withHeader(recording, header -> header.put(22, (byte) 1)));
                     try (RecordingPlayer player = RecordingPlayer.open(file, 0)) {
                         TestRun.expect(player.play(false), player.difference());
@@ -204,19 +205,53 @@ final class RecordingFileTest {
         return exampleWith(sizeOffset, 16 << 16 | 4096);
     }
 
+    /** The same, and nothing says whether it failed when it was recorded. */
+    static byte[] exampleThatFailsWithoutResult() {
+        return withoutResult(exampleThatFails());
+    }
+
+    /** The example without a result and without a checksum. */
+    static byte[] exampleWithNothingToCompare() {
+        return withoutResult(example());
+    }
+
+    /** The example without a result, and with the checksum of a picture by portable kernels. */
+    static byte[] exampleWithOtherKernels() {
+        int onlyTheChecksum = 0x01000024;
+        byte[] recording = exampleWith(FIELDS_OFFSET, onlyTheChecksum);
+        return withHeader(recording, header -> header.put(23, (byte) 1));
+    }
+
+    /** The example with a record in the place of its index that only a later version knows. */
+    static byte[] exampleOfLaterVersion() {
+        byte[] recording = example();
+        int start = 91;
+        recording[start + 3] = 5;
+        return withRecordCrc(recording, start, 127);
+    }
+
+    private static byte[] withoutResult(byte[] recording) {
+        int nothingKnown = 0x24;
+        return exampleWith(recording, FIELDS_OFFSET, nothingKnown);
+    }
+
     /** The example with another word in its update's record, whose CRC is right again. */
     private static byte[] exampleWith(int offset, int word) {
         return exampleWith(example(), offset, word);
     }
 
     private static byte[] exampleWith(byte[] recording, int offset, int word) {
-        int recordStart = 40;
-        int recordEnd = 87;
-        ByteBuffer example = ByteBuffer.wrap(recording).order(ByteOrder.LITTLE_ENDIAN);
-        example.putInt(offset, word);
-        byte[] record = Arrays.copyOfRange(example.array(), recordStart, recordEnd);
-        example.putInt(recordEnd, RecordingFormat.crc(record, record.length));
-        return example.array();
+        ByteBuffer.wrap(recording).order(ByteOrder.LITTLE_ENDIAN).putInt(offset, word);
+        return withRecordCrc(recording, 40, 87);
+    }
+
+    /** end: where the record's CRC stands. */
+    private static byte[] withRecordCrc(byte[] recording, int start, int end) {
+        byte[] record = Arrays.copyOfRange(recording, start, end);
+        ByteBuffer.wrap(recording)
+                .order(ByteOrder.LITTLE_ENDIAN)
+                .putInt(end, RecordingFormat.crc(record, record.length));
+        return recording;
     }
 
     static byte[] example() {

@@ -110,6 +110,13 @@ final class RecordingToolTest {
     }
 
     private void statuses() {
+        expectSameStatus("a good recording", 0, RecordingFileTest::example);
+        expectSameStatus("an update that fails", 3, RecordingFileTest::exampleThatFails);
+        expectSameStatus(
+                "one that fails and has no result",
+                3,
+                RecordingFileTest::exampleThatFailsWithoutResult);
+        expectSameStatus("another result", 4, RecordingFileTest::exampleOfAnotherResult);
         expectSameStatus("another picture", 4, RecordingFileTest::exampleOfAnotherPicture);
         expectSameStatus("an update that failed", 4, RecordingFileTest::exampleOfRecordedFailure);
         int index = 91; // Its record follows the update's.
@@ -117,13 +124,26 @@ final class RecordingToolTest {
         expectSameStatus("a damaged header", 2, () -> damaged(20));
         expectSameStatus(
                 "a cut file", 5, () -> Arrays.copyOf(RecordingFileTest.example(), index + 3));
+        expectSameStatus(
+                "a cut file with nothing to compare",
+                5,
+                () -> Arrays.copyOf(RecordingFileTest.exampleWithNothingToCompare(), index + 3));
+        expectSameStatus(
+                "a cut file with an update that fails",
+                3,
+                () -> Arrays.copyOf(RecordingFileTest.exampleThatFails(), index + 3));
+        expectSameStatus(
+                "a cut file with another picture",
+                4,
+                () -> Arrays.copyOf(RecordingFileTest.exampleOfAnotherPicture(), index + 3));
+        expectSameStatus("a later version", 5, RecordingFileTest::exampleOfLaterVersion);
+        expectSameStatus("nothing to compare", 4, RecordingFileTest::exampleWithNothingToCompare);
         expectSameStatus("no recording", 2, () -> new byte[100]);
         run.test(
-                "an update that cannot be decoded any more gives status 3 in a JVM and in the tool",
+                "the tool and a JVM agree on the exit status for a missing file",
                 file -> {
-                    Files.write(file, RecordingFileTest.exampleThatFails());
-                    expectStatus(3, "tool", tool, "decode", file.toString());
-                    expectReplayStatus(3, file);
+                    expectStatus(2, "missing", file);
+                    expectReplayStatus(2, file);
                 });
     }
 

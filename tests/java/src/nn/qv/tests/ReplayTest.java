@@ -120,6 +120,13 @@ TIME.matcher(said).find(), said);
                         + " than the framebuffer of 16x16; when it was recorded, it could be"
                         + " decoded\n1 updates in ");
         expectReason(
+                "one of which nothing says whether it failed before gives status 3 as well",
+                3,
+                RecordingFileTest.exampleThatFailsWithoutResult(),
+                "update 0: The rectangle of ICT update 4096x16 at (0, 0) of quality 10 is larger"
+                        + " than the framebuffer of 16x16; whether it failed when it was recorded"
+                        + " is unknown\n1 updates in ");
+        expectReason(
                 "an update that had failed and is decoded now gives status 4",
                 4,
                 RecordingFileTest.exampleOfRecordedFailure(),
@@ -137,6 +144,15 @@ TIME.matcher(said).find(), said);
                 RecordingFileTest.exampleOfAnotherPicture(),
                 "update 0: 16x16 at (0, 0) of quality 10: the picture differs from the recorded"
                         + " one\n1 updates in ");
+        run.test(
+                "a picture of other kernels alone cannot be compared, which gives status 4",
+                file -> {
+                    Files.write(file, RecordingFileTest.exampleWithOtherKernels());
+                    jar("replay", file)
+                            .expectStatus(4)
+                            .expectSays("0 pictures compared")
+                            .expectSays("The recording holds nothing that can be compared here");
+                });
         test(
                 "an update that failed when it was recorded and fails again gives status 0",
                 file -> {
