@@ -94,7 +94,7 @@ TEST_P(Renderer, PlaneRowsBeyondTheDecodersPlanesAreLeftOut) {
         source.area = area;
         source.lumaStride = Size(area.width);
         source.chromaStride = source.lumaStride / Size(Chroma().divX);
-        // The planes that a decoder has: no byte behind them may be read.
+        // The planes that a decoder has: no byte after them may be read.
         source.y.resize(96 * 64);
         source.cb.resize(source.y.size() / Size(Chroma().divX));
         source.cr.resize(source.cb.size());

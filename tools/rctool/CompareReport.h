@@ -17,7 +17,7 @@ struct ComparedPictures {
     streamencoder::PictureDifference m_difference; ///< nothing but zeros for two sizes
 };
 
-/// All that is told of a comparison.
+/// What a comparison reports.
 struct CompareReport {
     bool m_bRecordings = false;
     std::array<size_t, 2> m_auiUpdates{}; ///< of recordings

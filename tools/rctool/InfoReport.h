@@ -18,7 +18,7 @@ struct DecoderReport {
     walker::StreamStatistics m_statistics;
 };
 
-/// All that is told of a recording.
+/// What is reported of a recording.
 struct InfoReport {
     uint16_t m_uiFileVersion = 0;
     recording::Header m_header;

@@ -26,7 +26,7 @@ final class SourceFailuresTest extends ScreenDecoderFixture {
                 throws IOException;
     }
 
-    /** What a decoder is told to do with a stream of the good update's bytes, or fewer. */
+    /** A call of a decoder with a stream of the good update's bytes, or fewer. */
     private final Map<String, Way> ways = new LinkedHashMap<>();
 
     private SourceFailuresTest(String[] arguments) throws IOException {
@@ -85,7 +85,7 @@ final class SourceFailuresTest extends ScreenDecoderFixture {
     private void endings() {
         int half = length() / 2;
         forEveryWay(
-                "a connection that is closed amid an update is told from bad data",
+                "a connection that closes amid an update differs from bad data",
                 way ->
                         (decoder, framebuffer) -> {
                             InputStream in =

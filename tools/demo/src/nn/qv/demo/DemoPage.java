@@ -26,7 +26,7 @@ record DemoPage(Html html) {
                                         Map.entry("script", asIs("page.js")),
                                         Map.entry("runs", results.size()),
                                         Map.entry("screenCount", screens.size()),
-                                        Map.entry("library", machine.library()),
+                                        Map.entry("version", machine.decoder()),
                                         Map.entry("processor", machine.processor()),
                                         Map.entry("system", machine.system()),
                                         Map.entry("java", machine.java()),

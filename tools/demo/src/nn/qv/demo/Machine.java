@@ -9,7 +9,7 @@ import java.util.Locale;
 import nn.qv.imagedecoder.ScreenDecoder;
 
 /** What the figures were measured with. */
-record Machine(String library, String processor, String system, String java, String time) {
+record Machine(String decoder, String processor, String system, String java, String time) {
     static Machine here() {
         String version = ScreenDecoder.class.getPackage().getImplementationVersion();
         return new Machine(
