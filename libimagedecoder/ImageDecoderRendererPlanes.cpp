@@ -119,6 +119,8 @@ void ImageDecoderRenderer::FinalizeYCbCr4xx(const Planes& planes) {
         size_t rows = std::min(RowsOf(rectangle, scale), placement.m_uiHeight);
         if (!packed)
             rows = std::min(rows, RowsWithinSource(screen, scale, placement, stride));
+        if (rows == 0 || placement.m_uiWidth == 0)
+            return; // There need not be a source, then.
         CopyUnskipped({source + placement.m_uiSourceOffset, stride, destination,
                        placement.m_uiStride, placement.m_uiWidth, rows,
                        MacroblockEdge / scale.m_uiDivX, MacroblockEdge / scale.m_uiDivY},

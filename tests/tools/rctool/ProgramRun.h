@@ -28,7 +28,7 @@ inline ProgramRun RunShell(const std::string& line) {
 
 /// Runs rctool with a shell's command line. errors: where its error channel goes.
 inline ProgramRun RunRctool(const std::string& arguments, const std::string& errors = "2>&1") {
-    return RunShell(std::string(RCTOOL_PATH) + " " + arguments + " " + errors);
+    return RunShell(RCTOOL_PATH " " + arguments + " " + errors);
 }
 
 /// Its output alone.

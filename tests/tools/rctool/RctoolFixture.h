@@ -22,7 +22,7 @@ using streamencoder::Picture;
 using streamencoder::Screen;
 
 inline std::string ScreenPath(const std::string& name) {
-    return std::string(TEST_DATA_DIR) + "/screens/" + name + ".png";
+    return TEST_DATA_DIR "/screens/" + name + ".png";
 }
 
 inline const std::string Frames =
