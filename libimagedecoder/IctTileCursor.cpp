@@ -9,7 +9,7 @@ namespace {
 
 using Entry = IctFastTables::Entry;
 
-constexpr unsigned int PeekBits = 16;
+constexpr unsigned int PeekBits = StreamWindow::PeekBits;
 
 /// Written out: g++ 12 turns a loop into string stores, which cost
 /// 30 cycles to start.

@@ -21,7 +21,14 @@ constexpr size_t SlackBytes = 4;
 /// record's length counts these as well. A known number is filled faster.
 constexpr size_t ZeroBytes = 16;
 constexpr size_t MaxHeldBits = 23;
-constexpr size_t MaxFieldBits = 2 + 16 + 11;
+constexpr size_t MaxFieldBits = [] {
+    size_t most = 0;
+    for (const UpdateRules& rules : s_aUpdateRules)
+        most = std::max<size_t>(
+            most, SkipPrefixBits + rules.m_uiLongSkipBits +
+                      std::max(rules.m_IctLength.MaxBits(), rules.m_LbeLength.MaxBits()));
+    return most;
+}();
 static_assert((MaxHeldBits + MaxFieldBits) / 8 + SlackBytes <= ZeroBytes &&
               ZeroBytes <= StreamWindow::SlackBytes);
 

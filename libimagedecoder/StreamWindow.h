@@ -26,6 +26,9 @@ public:
     /// on; no decoder may ask for more.
     static constexpr size_t MaxRoom = 384;
 
+    /// Bits that the plain decoders look at for a code; they stall what is not part of it.
+    static constexpr unsigned int PeekBits = 16;
+
     /// Bytes that the register may be ahead of the position.
     static constexpr size_t ReadAhead = 8;
 
@@ -92,8 +95,6 @@ public:
     void GiveBack();
 
 private:
-    static constexpr unsigned int PeekBits = 16;
-
     static constexpr size_t BytesUpTo(size_t bitPosition) { return (bitPosition + 7) / 8; }
 
     void MakeRoom() {

@@ -1,5 +1,7 @@
 #include "tools/rctool/FrameEncoder.h"
 
+#include "libimagedecoder/LbeQuality.h"
+#include "libimagedecoder/UpdateSyntax.h"
 #include "tools/ChangedRectangle.h"
 #include "tools/IctEncoder.h"
 #include "tools/LbeEncoder.h"
@@ -16,7 +18,6 @@ using recording::DecoderFormat;
 namespace {
 
 constexpr uint32_t DefaultQuality = 10;
-constexpr uint32_t DefaultQualityOfLbeVersion0 = 7;
 
 std::unique_ptr<UpdateEncoder> MakeEncoder(const DecoderFormat& decoder,
                                            std::optional<uint32_t> quality) {
@@ -29,10 +30,12 @@ std::unique_ptr<UpdateEncoder> MakeEncoder(const DecoderFormat& decoder,
         return std::make_unique<IctEncoder>(format, decoder.m_chroma,
                                             quality.value_or(DefaultQuality));
     case Codec::Lbe:
-        return std::make_unique<LbeEncoder>(format, decoder.m_chroma,
-                                            quality.value_or(decoder.m_uiProtocolVersion == 0
-                                                                 ? DefaultQualityOfLbeVersion0
-                                                                 : DefaultQuality));
+        return std::make_unique<LbeEncoder>(
+            format, decoder.m_chroma,
+            quality.value_or(std::min(
+                DefaultQuality,
+                libimagedecoder::HighestLbeQuality(
+                    libimagedecoder::RulesOf(decoder.m_uiProtocolVersion).m_uiLbeQualityMask))));
     }
     throw std::invalid_argument("The codec is unknown");
 }

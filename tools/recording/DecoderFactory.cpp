@@ -20,8 +20,7 @@ unsigned ChooseThreads(const DecoderFormat& format, std::optional<unsigned> want
         cutsRecords ? std::clamp<uint32_t>(format.m_uiThreads, 1, MostDefaultThreads) : 0);
     if (cutsRecords && threads == 0)
         throw std::invalid_argument("The recording's layout is pool: it needs at least 1 thread");
-    if (format.m_uiProtocolVersion >= 2 && format.m_layout == RecordLayout::Continuous &&
-        threads != 0)
+    if (HasRecordLengths(format) && format.m_layout == RecordLayout::Continuous && threads != 0)
         throw std::invalid_argument("The recording's layout is continuous: it needs 0 threads");
     return threads;
 }

@@ -48,9 +48,16 @@ struct DecoderFormat {
     bool operator==(const DecoderFormat&) const = default;
 };
 
+/// Whether coded macroblocks tell their lengths.
+constexpr bool HasRecordLengths(const DecoderFormat& format) {
+    using namespace libimagedecoder;
+    return format.m_uiProtocolVersion < s_aUpdateRules.size() &&
+           LengthCodeOf(format.m_codec, RulesOf(format.m_uiProtocolVersion)).IsThere();
+}
+
 /// Whether the decoder cuts macroblocks out of the stream by their lengths.
 constexpr bool CutsRecords(const DecoderFormat& format) {
-    return format.m_uiProtocolVersion >= 2 && format.m_layout == RecordLayout::Pool;
+    return HasRecordLengths(format) && format.m_layout == RecordLayout::Pool;
 }
 
 /// The start of a recording. The format is that of decoder 0.

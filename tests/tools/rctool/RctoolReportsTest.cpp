@@ -234,7 +234,7 @@ constexpr bool MemoryIsTheProgramsOwn = true;
 
 TEST_F(Rctool, HeatmapTakesAtMostTwiceThePicturesMemory) {
     if (!MemoryIsTheProgramsOwn)
-        GTEST_SKIP() << "A sanitizer takes memory, too";
+        GTEST_SKIP() << "A sanitizer's own memory counts as the program's: nothing can be held";
     constexpr uint16_t Edge = 4096;
     Header header;
     header.m_settings.m_uiWidth = header.m_settings.m_uiHeight = Edge;
